@@ -1,0 +1,50 @@
+# One folder of src/ is one library, and it can include only the folders that it links.
+#
+# `#include "Model/Activity.h"` is found through an include directory that holds nothing but a link
+# to src/Model. Each library brings its own such directory, so an include against the arrows of the
+# design does not compile.
+
+set(ORVANTA_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+    -Wcast-qual -Wundef -Wformat=2)
+
+function(orvanta_compile_options target)
+    target_compile_options(${target} PRIVATE ${ORVANTA_WARNINGS})
+    target_compile_definitions(${target} PRIVATE
+        QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_URL_CAST_FROM_STRING
+        QT_NO_FOREACH QT_STRICT_ITERATORS)
+endfunction()
+
+# orvanta_room(Model SOURCES a.cpp b.h ... ROOMS Platform ... LIBRARIES Qt6::Core ...
+#              [PRIVATE_LIBRARIES SQLite::SQLite3 ...])
+function(orvanta_room name)
+    cmake_parse_arguments(ROOM "" "" "SOURCES;ROOMS;LIBRARIES;PRIVATE_LIBRARIES" ${ARGN})
+    set(target Orvanta${name})
+
+    set(door ${PROJECT_BINARY_DIR}/rooms/${name})
+    file(MAKE_DIRECTORY ${door})
+    file(CREATE_LINK ${PROJECT_SOURCE_DIR}/src/${name} ${door}/${name} SYMBOLIC)
+
+    add_library(${target} STATIC ${ROOM_SOURCES})
+    target_include_directories(${target} PUBLIC ${door})
+    list(TRANSFORM ROOM_ROOMS PREPEND Orvanta)
+    target_link_libraries(${target}
+        PUBLIC ${ROOM_ROOMS} ${ROOM_LIBRARIES} PRIVATE ${ROOM_PRIVATE_LIBRARIES})
+    set_target_properties(${target} PROPERTIES AUTOMOC ON)
+    orvanta_compile_options(${target})
+
+    # Every header compiles alone.
+    set(checks)
+    foreach(source IN LISTS ROOM_SOURCES)
+        if(source MATCHES "\\.h$")
+            string(REPLACE "/" "_" check ${source})
+            set(check ${PROJECT_BINARY_DIR}/headers/${name}/${check}.cpp)
+            file(CONFIGURE OUTPUT ${check} CONTENT "#include \"${name}/${source}\"\n")
+            list(APPEND checks ${check})
+        endif()
+    endforeach()
+    if(checks AND ORVANTA_HEADER_CHECKS)
+        add_library(${target}Headers OBJECT ${checks})
+        target_link_libraries(${target}Headers PRIVATE ${target} ${ROOM_PRIVATE_LIBRARIES})
+        orvanta_compile_options(${target}Headers)
+    endif()
+endfunction()

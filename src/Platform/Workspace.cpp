@@ -1,0 +1,7 @@
+#include "Platform/Workspace.h"
+
+namespace orvanta {
+
+Workspace::~Workspace() = default;
+
+} // namespace orvanta
