@@ -1,0 +1,83 @@
+#pragma once
+
+#include "Model/Activity.h"
+
+#include <deque>
+#include <functional>
+#include <span>
+#include <vector>
+
+namespace orvanta {
+
+/// Every activity of a store, in store order; new ones are appended, none is ever removed.
+///
+/// What the totals read every second, the seconds and the categories, stands in columns of its own.
+class ActivityList {
+public:
+    explicit ActivityList(KeyTable& keys);
+
+    std::size_t size() const { return activities_.size(); }
+    bool empty() const { return activities_.empty(); }
+    auto begin() { return activities_.begin(); }
+    auto end() { return activities_.end(); }
+    auto begin() const { return activities_.begin(); }
+    auto end() const { return activities_.end(); }
+    Activity& operator[](std::size_t row) { return activities_[row]; }
+    const Activity& operator[](std::size_t row) const { return activities_[row]; }
+
+    /// The first activity with this key, in constant time; null when there is none.
+    Activity* find(const QString& key);
+    Activity* find(KeyId key);
+
+    /// By row.
+    std::span<const double> seconds() const { return seconds_; }
+    std::span<const Category> categories() const { return categories_; }
+
+    /// Called after every change of a record, and when a record was added.
+    void observe(std::function<void(const Activity&)> observer);
+
+    /// Whether a record has changes that the store does not have.
+    bool hasChanges() const { return !changed_.empty(); }
+
+    /// A record that the store does not have yet.
+    Activity& append(const QString& key, const QString& name, Category category, double seconds);
+
+    /// A record as it stands in the store.
+    struct Stored {
+        qint64 primaryKey = 0;
+        QString key;
+        QString name;
+        QString categoryValue;
+        double seconds = 0;
+        std::optional<Date> lastUsedAt;
+        std::optional<QString> previousCategoryValue;
+    };
+    Activity& append(const Stored& stored);
+
+    /// The records with changes, for writing them. `primaryKey` is 0 for one that the store does
+    /// not have yet.
+    struct Pending {
+        Activity& activity;
+        qint64& primaryKey;
+    };
+    std::vector<Pending> pending();
+
+    /// The store has everything now.
+    void settle();
+
+private:
+    friend class Activity;
+    Activity& append(const QString& key, const QString& name, const QString& categoryValue,
+                     double seconds);
+    void changed(const Activity& activity);
+
+    KeyTable& keys_;
+    std::deque<Activity> activities_;
+    std::vector<double> seconds_;
+    std::vector<Category> categories_;
+    std::vector<std::int32_t> rowOfKey_; // By KeyId; -1 for a key without an activity.
+    std::vector<std::size_t> changed_;   // Rows, each once.
+    std::function<void(const Activity&)> observer_;
+};
+
+} // namespace orvanta

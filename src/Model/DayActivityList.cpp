@@ -1,0 +1,123 @@
+#include "Model/DayActivityList.h"
+
+#include <algorithm>
+
+namespace orvanta {
+
+DayActivityList::DayActivityList(KeyTable& keys)
+    : keys_(keys) {}
+
+std::optional<double> DayActivityList::seconds(Day day, KeyId key) const {
+    const auto index = find(day, key);
+    return index ? std::optional(seconds_[*index]) : std::nullopt;
+}
+
+void DayActivityList::setSeconds(Day day, KeyId key, double seconds) {
+    const auto index = find(day, key);
+    if (index) {
+        seconds_[*index] = seconds;
+    } else {
+        insert(day, key, seconds);
+    }
+    if (!changed_.contains({day, key})) {
+        changed_.insert({day, key}, !index);
+    }
+}
+
+void DayActivityList::add(Day day, KeyId key, double seconds) {
+    setSeconds(day, key, this->seconds(day, key).value_or(0) + seconds);
+}
+
+DayActivityList::OneDay DayActivityList::oneDay(std::size_t index) const {
+    const auto group = days_.begin() + static_cast<std::ptrdiff_t>(index);
+    const std::size_t count = endOf(group) - group->first;
+    return {group->day, std::span(recordKeys_).subspan(group->first, count),
+            std::span(seconds_).subspan(group->first, count)};
+}
+
+std::vector<DayActivityList::Pending> DayActivityList::pending() const {
+    // In one order, not the hash's, which differs from run to run: rows are numbered in it.
+    std::vector<Place> places(changed_.keyBegin(), changed_.keyEnd());
+    std::ranges::sort(places);
+
+    std::vector<Pending> result;
+    result.reserve(places.size());
+    for (const auto& [day, key] : places) {
+        result.push_back({DayActivity(day, keys_.text(key), seconds(day, key).value_or(0)),
+                          changed_.value({day, key})});
+    }
+    return result;
+}
+
+void DayActivityList::load(std::vector<Stored> records) {
+    // Nearly always they are sorted, and sorting takes as much memory again.
+    if (!std::ranges::is_sorted(records, {}, &Stored::day)) {
+        std::ranges::stable_sort(records, {}, &Stored::day);
+    }
+
+    days_.clear();
+    recordKeys_.clear();
+    seconds_.clear();
+    changed_.clear();
+    recordKeys_.reserve(records.size());
+    seconds_.reserve(records.size());
+
+    std::vector<Day> lastDayOfKey;
+    for (const Stored& record : records) {
+        const auto key = static_cast<std::size_t>(record.key);
+        if (key >= lastDayOfKey.size()) {
+            lastDayOfKey.resize(key + 1, Day{-1, 0, 0});
+        }
+        if (lastDayOfKey[key] == record.day) {
+            continue;
+        }
+        lastDayOfKey[key] = record.day;
+        if (days_.empty() || days_.back().day != record.day) {
+            days_.push_back({record.day, static_cast<std::uint32_t>(seconds_.size())});
+        }
+        recordKeys_.push_back(record.key);
+        seconds_.push_back(record.seconds);
+    }
+}
+
+std::vector<DayActivityList::Group>::const_iterator DayActivityList::groupAt(Day day) const {
+    // Nearly always today is asked for, the last one.
+    if (!days_.empty() && days_.back().day <= day) {
+        return days_.back().day == day ? days_.end() - 1 : days_.end();
+    }
+    return std::ranges::lower_bound(days_, day, {}, &Group::day);
+}
+
+std::size_t DayActivityList::endOf(std::vector<Group>::const_iterator group) const {
+    return group + 1 == days_.end() ? seconds_.size() : (group + 1)->first;
+}
+
+std::optional<std::size_t> DayActivityList::find(Day day, KeyId key) const {
+    const auto group = groupAt(day);
+    if (group == days_.end() || group->day != day) {
+        return std::nullopt;
+    }
+    const auto begin = recordKeys_.begin() + group->first;
+    const auto end = recordKeys_.begin() + static_cast<std::ptrdiff_t>(endOf(group));
+    const auto found = std::find(begin, end, key);
+    return found == end ? std::nullopt
+                        : std::optional(static_cast<std::size_t>(found - recordKeys_.begin()));
+}
+
+void DayActivityList::insert(Day day, KeyId key, double seconds) {
+    const auto place = days_.begin() + (groupAt(day) - days_.cbegin());
+    if (place == days_.end() || place->day != day) {
+        const auto first =
+            place == days_.end() ? static_cast<std::uint32_t>(seconds_.size()) : place->first;
+        const auto added = days_.insert(place, {day, first});
+        return insert(added->day, key, seconds);
+    }
+    const auto end = static_cast<std::ptrdiff_t>(endOf(place));
+    recordKeys_.insert(recordKeys_.begin() + end, key);
+    seconds_.insert(seconds_.begin() + end, seconds);
+    for (auto later = place + 1; later != days_.end(); ++later) {
+        ++later->first;
+    }
+}
+
+} // namespace orvanta

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "Model/DayActivity.h"
+#include "Model/KeyTable.h"
+
+#include <QHash>
+
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace orvanta {
+
+/// The day records of a store: seconds by day and key.
+///
+/// Ten years are some 180,000 of them, so a record is a key number and its seconds in two columns,
+/// days in order of time; what else a `DayActivity` has is made when it is asked for.
+class DayActivityList {
+public:
+    explicit DayActivityList(KeyTable& keys);
+
+    std::size_t size() const { return seconds_.size(); }
+
+    /// The seconds of this day and key; absent when there is no such record.
+    std::optional<double> seconds(Day day, KeyId key) const;
+
+    /// Makes the record if there is none.
+    void setSeconds(Day day, KeyId key, double seconds);
+    void add(Day day, KeyId key, double seconds);
+
+    /// The records of one day.
+    struct OneDay {
+        Day day;
+        std::span<const KeyId> keys;
+        std::span<const double> seconds;
+    };
+    /// How many days have records; they count from the oldest, 0.
+    std::size_t dayCount() const { return days_.size(); }
+    OneDay oneDay(std::size_t index) const;
+
+    /// Whether a record has changes that the store does not have.
+    bool hasChanges() const { return !changed_.isEmpty(); }
+
+    /// The records with changes, by day, for writing them.
+    struct Pending {
+        DayActivity record;
+        bool isNew;
+    };
+    std::vector<Pending> pending() const;
+
+    /// The store has everything now.
+    void settle() { changed_.clear(); }
+
+    struct Stored {
+        Day day;
+        KeyId key;
+        double seconds;
+    };
+    /// Replaces everything by the records of the store, in the order in which it has them. Of two
+    /// records of the same day and key the first is kept.
+    void load(std::vector<Stored> records);
+
+private:
+    struct Group {
+        Day day;
+        std::uint32_t first; // Of the columns below; it ends where the next one begins.
+    };
+    struct Place {
+        Day day;
+        KeyId key;
+        friend constexpr auto operator<=>(Place, Place) = default;
+        friend std::size_t qHash(Place place, std::size_t seed) {
+            return qHashMulti(seed, place.day.year, place.day.month, place.day.dayOfMonth,
+                              static_cast<std::uint32_t>(place.key));
+        }
+    };
+    std::vector<Group>::const_iterator groupAt(Day day) const;
+    std::size_t endOf(std::vector<Group>::const_iterator group) const;
+    std::optional<std::size_t> find(Day day, KeyId key) const;
+    void insert(Day day, KeyId key, double seconds);
+
+    KeyTable& keys_;
+    std::vector<Group> days_;
+    std::vector<KeyId> recordKeys_;
+    std::vector<double> seconds_;
+    QHash<Place, bool> changed_; // Whether the record is new.
+};
+
+} // namespace orvanta

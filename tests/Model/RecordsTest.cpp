@@ -1,0 +1,306 @@
+#include "Model/ActivityList.h"
+#include "Model/Calendar.h"
+#include "Model/DayActivityList.h"
+#include "Model/DurationText.h"
+
+#include <QDateTime>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <map>
+#include <random>
+#include <utility>
+#include <vector>
+
+namespace orvanta {
+
+namespace {
+
+using namespace Qt::StringLiterals;
+
+Date utc(const char* text, double fraction = 0) {
+    const QDateTime time = QDateTime::fromString(QString::fromLatin1(text) + u"Z"_s, Qt::ISODate);
+    EXPECT_TRUE(time.isValid()) << text;
+    return Date::fromUnix(static_cast<double>(time.toSecsSinceEpoch())) + fraction;
+}
+
+Calendar calendarIn(const char* zone) {
+    EXPECT_TRUE(QTimeZone(zone).isValid()) << zone;
+    return Calendar(QTimeZone(zone));
+}
+
+TEST(CategoryTest, IsParsedFromExactlyItsRawValueAndLabelled) {
+    const struct {
+        Category category;
+        QString rawValue;
+        QString label;
+    } rows[] = {{Category::production, u"production"_s, u"Produção"_s},
+                {Category::consumption, u"consumption"_s, u"Consumo"_s},
+                {Category::pending, u"pending"_s, u"Pendente"_s},
+                {Category::ignored, u"ignored"_s, u"Ignorar"_s},
+                {Category::neutral, u"neutral"_s, u"Não contabilizar"_s}};
+    ASSERT_EQ(std::size(rows), allCases.size());
+    for (std::size_t i = 0; i < std::size(rows); ++i) {
+        EXPECT_EQ(allCases[i], rows[i].category);
+        EXPECT_EQ(rawValue(rows[i].category), rows[i].rawValue);
+        EXPECT_EQ(categoryFromRawValue(rows[i].rawValue), rows[i].category);
+        EXPECT_EQ(label(rows[i].category), rows[i].label);
+    }
+    for (const QString& text : {u"Production"_s, u" production"_s, u"production\n"_s, u"produ"_s,
+                                u"Produção"_s, u""_s, QString()}) {
+        EXPECT_FALSE(categoryFromRawValue(text)) << qPrintable(text);
+    }
+}
+
+TEST(DurationTest, IsCutOffAndNeverNegative) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    const std::pair<double, const char*> rows[] = {
+        {-5, "0:00"},        {-0.5, "0:00"},         {0, "0:00"},
+        {59.9, "0:59"},      {60, "1:00"},           {600, "10:00"},
+        {3599.99, "59:59"},  {3600, "1:00:00"},      {3725, "1:02:05"},
+        {90000, "25:00:00"}, {std::nan(""), "0:00"}, {infinity, "0:00"},
+        {-infinity, "0:00"}, {1e300, "0:00"},        {-1e300, "0:00"},
+        {9.3e18, "0:00"},    {1e9, "277777:46:40"}};
+    for (const auto& [seconds, text] : rows) {
+        EXPECT_EQ(duration(seconds), QLatin1StringView(text)) << seconds;
+    }
+}
+
+TEST(DayTest, IsReadFromExactlyItsDayString) {
+    EXPECT_EQ(Day::fromText("2024-03-05"), (Day{2024, 3, 5}));
+    EXPECT_EQ(Day::fromText("0999-12-31"), (Day{999, 12, 31}));
+    EXPECT_EQ((Day{7, 1, 2}.text()), u"0007-01-02"_s);
+    for (const char* text : {"", "2024-03-5", "2024-03-055", "2024/03/05", "+024-03-05",
+                             "2024-03-0x", " 024-03-05", "-024-03-05"}) {
+        EXPECT_FALSE(Day::fromText(text)) << text;
+    }
+}
+
+TEST(DayTest, IsTheCalendarDayInTheZoneNotInUtc) {
+    const struct {
+        const char* zone;
+        Date date;
+        const char* day;
+    } rows[] = {{"America/Sao_Paulo", utc("2024-03-05T02:59:59", 0.999), "2024-03-04"},
+                {"America/Sao_Paulo", utc("2024-03-05T03:00:00"), "2024-03-05"},
+                {"Asia/Kathmandu", utc("2024-03-04T18:14:59", 0.999), "2024-03-04"},
+                {"Asia/Kathmandu", utc("2024-03-04T18:15:00"), "2024-03-05"},
+                {"UTC", utc("0999-06-15T12:00:00"), "0999-06-15"},
+                {"UTC", utc("1969-12-31T23:59:59", 0.5), "1969-12-31"}};
+    for (const auto& [zone, date, day] : rows) {
+        EXPECT_EQ(DayActivity::day(date, calendarIn(zone)), QLatin1StringView(day)) << zone;
+    }
+    EXPECT_EQ(DayActivity(Day{2024, 3, 5}, u"app:com.apple.Notes"_s, 1).id(),
+              u"2024-03-05|app:com.apple.Notes"_s);
+}
+
+TEST(CalendarTest, EveryDayBeginsWhereTheZoneLetsIt) {
+    const struct {
+        const char* zone;
+        const char* start;
+        double hours;
+    } rows[] = {{"America/Sao_Paulo", "2018-11-04T03:00:00", 23}, // Midnight does not exist.
+                {"America/Sao_Paulo", "2018-02-17T02:00:00", 25}, // 23:00 comes twice.
+                {"Europe/Berlin", "2024-03-30T23:00:00", 23},
+                {"Europe/Berlin", "2024-10-26T22:00:00", 25},
+                {"Europe/Berlin", "2060-03-27T23:00:00", 23},   // By the rule, not the table.
+                {"Atlantic/Azores", "2018-10-28T00:00:00", 25}, // Midnight comes twice.
+                {"Africa/Cairo", "2024-04-25T22:00:00", 23},    // Midnight does not exist.
+                {"Asia/Kathmandu", "2024-03-04T18:15:00", 24},
+                {"UTC", "0999-06-15T00:00:00", 24}};
+    for (const auto& [zone, text, hours] : rows) {
+        const Date start = utc(text);
+        const Date next = start + hours * 3600;
+        // Each by a calendar that has no bounds yet, and all by one that has some.
+        const Calendar calendar = calendarIn(zone);
+        for (const Date date :
+             {start, start + 0.25, start + 1800, start + 5400, next - 5400, next - 0.25}) {
+            EXPECT_EQ(calendarIn(zone).startOfDay(date) - start, 0) << zone << " " << text;
+            EXPECT_EQ(calendar.startOfDay(date) - start, 0) << zone << " " << text;
+            EXPECT_TRUE(calendar.isSameDay(date, start)) << zone << " " << text;
+        }
+        EXPECT_EQ(calendar.startOfDay(next), next) << zone << " " << text;
+        EXPECT_FALSE(calendar.isSameDay(start - 0.25, start)) << zone << " " << text;
+        EXPECT_EQ(calendar.addingDays(next, -1), start) << zone << " " << text;
+    }
+}
+
+TEST(CalendarTest, AddingDaysKeepsTheLocalTime) {
+    const struct {
+        const char* zone;
+        Date date;
+        int days;
+        Date result;
+    } rows[] = {
+        {"Europe/Berlin", utc("2024-03-30T11:00:00", 0.5), 1, utc("2024-03-31T10:00:00", 0.5)},
+        {"Europe/Berlin", utc("2024-03-30T01:30:00"), 1, utc("2024-03-31T01:00:00")},  // Skipped.
+        {"Europe/Berlin", utc("2024-10-28T01:30:00"), -1, utc("2024-10-27T00:30:00")}, // Twice.
+        {"America/Sao_Paulo", utc("2018-11-03T03:00:00"), 1, utc("2018-11-04T03:00:00")},
+        {"Asia/Kathmandu", utc("2024-03-04T18:15:00"), -4, utc("2024-02-29T18:15:00")},
+        {"UTC", utc("1970-01-01T00:00:00", 0.25), -1, utc("1969-12-31T00:00:00", 0.25)},
+    };
+    for (const auto& [zone, date, days, result] : rows) {
+        const auto moved = calendarIn(zone).addingDays(date, days);
+        ASSERT_TRUE(moved) << zone;
+        EXPECT_EQ(*moved - result, 0) << zone << " " << days;
+    }
+    // A day that Samoa never had.
+    EXPECT_FALSE(calendarIn("Pacific/Apia").addingDays(utc("2011-12-30T10:00:00"), -1));
+}
+
+TEST(CalendarTest, SettingTheZoneMovesTheDayAtOnce) {
+    Calendar calendar = calendarIn("America/Sao_Paulo");
+    const Date date = utc("2024-03-05T01:00:00"); // A Tuesday in UTC.
+    EXPECT_EQ(calendar.day(date), (Day{2024, 3, 4}));
+    EXPECT_EQ(calendar.weekday(date), 2);
+    calendar.setTimeZone(QTimeZone("Asia/Kathmandu"));
+    EXPECT_EQ(calendar.day(date), (Day{2024, 3, 5}));
+    EXPECT_EQ(calendar.startOfDay(date), utc("2024-03-04T18:15:00"));
+    calendar.setTimeZone(QTimeZone("No/Where"));
+    EXPECT_EQ(calendar.startOfDay(date), utc("2024-03-05T00:00:00"));
+    EXPECT_EQ(Calendar(QTimeZone()).startOfDay(date), utc("2024-03-05T00:00:00"));
+    for (int i = 0; i < 7; ++i) { // The third was a Sunday.
+        EXPECT_EQ(calendar.weekday(utc("2024-03-03T23:59:59", 0.5) + i * 86400.0), i + 1);
+    }
+}
+
+TEST(CalendarTest, EveryDoubleIsOnSomeDay) {
+    const Calendar calendar = calendarIn("Europe/Berlin");
+    EXPECT_GT(calendar.day(Date{1e300}), calendar.day(Date{1e11}));
+    EXPECT_LT(calendar.day(Date{-1e300}), calendar.day(Date{-5e10}));
+    EXPECT_FALSE(calendar.addingDays(Date{0}, std::numeric_limits<int>::max()) == Date{0});
+}
+
+TEST(ActivityListTest, TellsEveryChangeAndKeepsWhatIsPending) {
+    KeyTable keys;
+    ActivityList list(keys);
+    std::vector<QString> told;
+    list.observe([&](const Activity& activity) { told.push_back(activity.key()); });
+    Activity& stored = list.append(ActivityList::Stored{
+        7, u"site:a.org"_s, u"a.org"_s, u"Production"_s, 1.5, std::nullopt, std::nullopt});
+    EXPECT_FALSE(list.hasChanges());
+    EXPECT_EQ(stored.category(), Category::pending);
+    EXPECT_EQ(stored.categoryValue(), u"Production"_s);
+
+    Activity& added = list.append(u"app:b"_s, u"B"_s, Category::neutral, 2);
+    EXPECT_EQ(added.categoryValue(), u"neutral"_s);
+    EXPECT_FALSE(added.lastUsedAt() || added.previousCategoryValue());
+    stored.setSeconds(3);
+    stored.setCategory(Category::ignored);
+    stored.setLastUsedAt(Date{5.5});
+    stored.setPreviousCategoryValue(u"x"_s);
+    EXPECT_EQ(told, (std::vector{u"app:b"_s, u"site:a.org"_s, u"site:a.org"_s, u"site:a.org"_s,
+                                 u"site:a.org"_s}));
+    EXPECT_EQ(list.seconds()[0], 3);
+    EXPECT_EQ(list.categories()[0], Category::ignored);
+    EXPECT_EQ(stored.categoryValue(), u"ignored"_s);
+
+    const auto pending = list.pending();
+    ASSERT_EQ(pending.size(), 2U); // Each once, in the order of their first change.
+    EXPECT_EQ(&pending[0].activity, &added);
+    EXPECT_EQ(pending[0].primaryKey, 0);
+    EXPECT_EQ(&pending[1].activity, &stored);
+    EXPECT_EQ(pending[1].primaryKey, 7);
+    list.settle();
+    EXPECT_FALSE(list.hasChanges());
+    stored.setSeconds(4);
+    EXPECT_EQ(list.pending().size(), 1U);
+}
+
+TEST(ActivityListTest, RecordsAndTheirKeysStayWhereTheyAre) {
+    KeyTable keys;
+    ActivityList list(keys);
+    Activity& first = list.append(u"app:A"_s, u"A"_s, Category::pending, 1);
+    const QString& key = first.key();
+    keys.intern(u"site:not.an.activity"_s);
+    for (int i = 0; i < 5000; ++i) {
+        list.append(u"app:%1"_s.arg(i), u"?"_s, Category::pending, i);
+    }
+    list.append(u"app:A"_s, u"the same key again"_s, Category::pending, 2);
+    EXPECT_EQ(key, u"app:A"_s);
+    EXPECT_EQ(list.find(u"app:A"_s), &first);
+    EXPECT_EQ(list.find(u"app:4999"_s)->seconds(), 4999);
+    EXPECT_EQ(list.find(u"app:a"_s), nullptr);
+    EXPECT_EQ(list.find(u"site:not.an.activity"_s), nullptr);
+}
+
+/// Days between which others fit, and a list beside the plainest thing that does the same.
+class DayActivityListTest : public testing::Test {
+protected:
+    using Key = std::pair<Day, KeyId>;
+
+    Day someDay() { return {2024, 3, static_cast<std::uint8_t>(1 + random() % 12)}; }
+    KeyId someKey() { return keys.intern(u"app:%1"_s.arg(random() % 8)); }
+
+    void compare() const {
+        std::map<Key, double> found;
+        for (std::size_t i = 0; i < list.dayCount(); ++i) {
+            const auto day = list.oneDay(i);
+            ASSERT_EQ(day.keys.size(), day.seconds.size());
+            ASSERT_FALSE(day.keys.empty());
+            ASSERT_TRUE(i == 0 || list.oneDay(i - 1).day < day.day);
+            for (std::size_t j = 0; j < day.keys.size(); ++j) {
+                found[{day.day, day.keys[j]}] = day.seconds[j];
+                ASSERT_EQ(list.seconds(day.day, day.keys[j]), day.seconds[j]);
+            }
+        }
+        ASSERT_EQ(found, expected);
+        ASSERT_EQ(list.size(), expected.size());
+
+        ASSERT_EQ(list.hasChanges(), !changed.empty());
+        std::map<Key, bool> pending;
+        for (const auto& [record, isNew] : list.pending()) {
+            const Key key{*Day::fromText(record.day().toLatin1()), *keys.find(record.key())};
+            ASSERT_EQ(record.seconds(), expected.at(key));
+            pending[key] = isNew;
+        }
+        ASSERT_EQ(pending, changed);
+        ASSERT_EQ(list.pending().size(), changed.size());
+    }
+
+    KeyTable keys;
+    DayActivityList list{keys};
+    std::map<Key, double> expected;
+    std::map<Key, bool> changed; // Whether it is new.
+    std::mt19937 random{20240305};
+};
+
+TEST_F(DayActivityListTest, DoesWhatAPlainMapDoes) {
+    for (int step = 0; step < 4000; ++step) {
+        const Key key{someDay(), someKey()};
+        const double seconds = static_cast<double>(random() % 10000) / 8;
+        const auto what = random() % 200;
+        if (what == 0) {
+            std::vector<DayActivityList::Stored> records;
+            expected.clear();
+            changed.clear();
+            for (auto count = random() % 40; count > 0; --count) { // Unsorted, with duplicates.
+                records.push_back({someDay(), someKey(), static_cast<double>(count)});
+                expected.try_emplace({records.back().day, records.back().key},
+                                     records.back().seconds);
+            }
+            list.load(std::move(records));
+        } else if (what < 10) {
+            list.settle();
+            changed.clear();
+        } else {
+            changed.try_emplace(key, !expected.contains(key));
+            if (what < 100) {
+                list.setSeconds(key.first, key.second, seconds);
+                expected[key] = seconds;
+            } else {
+                list.add(key.first, key.second, seconds);
+                expected[key] += seconds;
+            }
+        }
+        ASSERT_NO_FATAL_FAILURE(compare()) << "step " << step;
+    }
+    EXPECT_FALSE(list.seconds({2023, 1, 1}, KeyId{0}));
+    EXPECT_FALSE(list.seconds({2025, 1, 1}, KeyId{0}));
+}
+
+} // namespace
+
+} // namespace orvanta
