@@ -1,0 +1,7 @@
+#include "Browsers/BrowserReading.h"
+
+namespace orvanta {
+
+BrowserReading::~BrowserReading() = default;
+
+} // namespace orvanta

@@ -1,0 +1,220 @@
+#pragma once
+
+#include "Browsers/BrowserDialect.h"
+#include "Browsers/BrowserReading.h"
+#include "Model/Calendar.h"
+#include "Model/Category.h"
+#include "Model/Date.h"
+#include "Platform/MainLoop.h"
+#include "Platform/NotificationCenter.h"
+#include "Platform/Platform.h"
+#include "Tracking/Focus.h"
+#include "Tracking/TimeAccumulator.h"
+
+#include <QObject>
+#include <QString>
+
+#include <array>
+#include <bitset>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+namespace orvanta {
+
+class Activity;
+class ActivityList;
+class DayActivityList;
+class ModelContext;
+class UserDefaults;
+
+/// The engine: follows what is in front and books the seconds to activities and days.
+///
+/// It is the one owner of all tracking state and lives as long as the process. Everything happens
+/// on the main thread, in `refreshFocus()`, which every event and the tick call; `transition()` is
+/// the only place where seconds are booked, `save()` the only one where the store is written.
+///
+/// Published values tell their change by a signal, and only a change. Failures are published as
+/// Portuguese sentences; the tracker goes on, and a later success clears them.
+class Tracker : public QObject {
+    Q_OBJECT
+
+public:
+    using DialectLookup = std::function<std::optional<BrowserDialect>(const QString& bundleID)>;
+    /// Seconds on a clock that never goes back and stands still while the machine sleeps.
+    using MonotonicClock = std::function<double()>;
+    using WallClock = std::function<Date()>;
+    using FrontmostProbe = std::function<std::optional<Focus>()>;
+
+    /// Fetches the records, repairs and seeds what older versions stored, and reads the
+    /// preferences. What is referred to outlives the tracker.
+    Tracker(ModelContext& context, BrowserReading& reader, UserDefaults& defaults,
+            DialectLookup dialect, MonotonicClock now, WallClock dateNow, const Calendar& calendar,
+            FrontmostProbe frontmost, const Platform& platform);
+    ~Tracker() override;
+
+    /// Begins observing and makes the first refresh; does nothing when started.
+    void start();
+    /// Books the running stretch, saves and observes no more.
+    void stop();
+
+    /// Looks at what is in front and at the reasons not to count, books the seconds since the last
+    /// look, and decides what is timed from now on.
+    void refreshFocus();
+    /// Writes pending changes.
+    void save();
+    void togglePause();
+
+    /// Whether the panel is open: then Orvanta itself in front leaves the application behind it
+    /// counting.
+    void setInspecting(bool inspecting);
+
+    void setSitesEnabled(const QString& bundleID, bool enabled);
+    void setDisabledBrowsers(std::set<QString> bundleIDs);
+    void setShowAllActivities(bool showAll);
+
+    const ActivityList& activities() const;
+    bool showAllActivities() const { return showAllActivities_; }
+    bool paused() const { return paused_; }
+    /// The key of the activity that is timed now.
+    const std::optional<QString>& activeKey() const { return activeKey_; }
+    /// Grows with everything that a listing or a total depends on.
+    quint64 revision() const { return revision_; }
+    /// One line about site identification; empty when there is nothing to report.
+    const QString& browserStatus() const { return browserStatus_; }
+    /// Why reading or writing the store failed last; none once a save succeeded.
+    const std::optional<QString>& storageError() const { return storageError_; }
+    /// The moment since when `Activity::seconds` counts.
+    Date resetDate() const { return resetDate_; }
+    /// Browsers whose sites are not identified.
+    const std::set<QString>& disabledBrowsers() const { return disabledBrowsers_; }
+
+    /// Seconds of the session in this category, over the activities that can be listed.
+    double total(Category category) const;
+
+Q_SIGNALS:
+    void activitiesChanged();
+    void showAllActivitiesChanged();
+    void pausedChanged();
+    void activeKeyChanged();
+    void revisionChanged();
+    void browserStatusChanged();
+    void storageErrorChanged();
+    void resetDateChanged();
+    void disabledBrowsersChanged();
+
+private:
+    /// What is tracked: an application, or a browser for its sites. Not an activity.
+    struct TrackingIdentity {
+        bool isBrowser;
+        QString bundleID;
+        friend bool operator==(const TrackingIdentity&, const TrackingIdentity&) = default;
+    };
+    /// Reasons why the person is away, each independent of the others.
+    enum Inactivity : std::size_t { sleep, display, session, lock };
+
+    // Construction.
+    void readPreferences();
+    void fetch();
+    void repairRecords();
+    void findSystemComponents();
+    void applyFinderRule();
+    void seedHistory();
+    Activity& insertActivity(const QString& key, const QString& name, Category category);
+
+    // Timers and observers.
+    void updateTimers();
+    void planVisibilityTimer();
+    void tick();
+    void observe(NotificationCenter& center, Notification name, void (Tracker::*handler)());
+    template <Inactivity reason>
+    void becomeInactive();
+    template <Inactivity reason>
+    void becomeActive();
+
+    // Focus.
+    std::optional<Focus> effectiveFrontmost();
+    bool isIgnored(const QString& activityKey) const;
+    const QString& appKey(const QString& bundleID);
+    void forgetTarget();
+    void transition(const std::optional<Focus>& focus);
+    void setActiveKey(const QString* key);
+
+    // Days and saving.
+    void addToDay(const Activity& activity, double seconds);
+    void startNewDayIfNeeded();
+    /// Saves; on failure publishes `problem` and the error's text. Whether it succeeded.
+    bool saveOr(const QString& problem);
+
+    // Sites.
+    void queryBrowser();
+    void handleAnswer(const BrowserReading::Answer& answer, int generation,
+                      const QString& bundleID);
+    void setBrowserStatus(const QString& status);
+    void clearBrowserStatus() { setBrowserStatus({}); }
+    bool isBrowserApp(const QString& key) const;
+
+    // Listings.
+    bool isEligible(const Activity& activity) const;
+    bool computeEligible(const Activity& activity) const;
+    void excludeSystemKey(const QString& key);
+    void invalidateCaches() { totalsCache_.reset(); }
+
+    void bumpRevision();
+    void setStorageError(const std::optional<QString>& error);
+    void setResetDate(Date date);
+    Date currentDate() const { return Date::from(platform_.systemTime()); }
+
+    ModelContext& context_;
+    ActivityList& activities_;
+    DayActivityList& dayRecords_;
+    BrowserReading& reader_;
+    UserDefaults& defaults_;
+    DialectLookup dialect_;
+    MonotonicClock now_;
+    WallClock dateNow_;
+    const Calendar& calendar_;
+    FrontmostProbe frontmost_;
+    Platform platform_;
+
+    bool showAllActivities_ = false;
+    bool paused_ = false;
+    std::optional<QString> activeKey_;
+    quint64 revision_ = 0;
+    QString browserStatus_;
+    std::optional<QString> storageError_;
+    Date resetDate_;
+    std::set<QString> disabledBrowsers_;
+
+    TimeAccumulator accumulator_;
+    std::unique_ptr<MainLoopTimer> timer_;
+    std::unique_ptr<MainLoopTimer> visibilityTimer_;
+    bool started_ = false;
+    std::vector<std::pair<NotificationCenter*, NotificationCenter::Token>> observers_;
+    std::bitset<4> inactive_;
+    bool inspecting_ = false;
+    std::optional<Focus> lastExternalApp_;
+    std::optional<TrackingIdentity> trackingIdentity_;
+    int ticks_ = 0;
+
+    std::optional<QString> browserID_;
+    int generation_ = 0;
+    bool querying_ = false;
+    int browserFailures_ = 0;
+    double browserRetryAt_ = 0;
+
+    std::unordered_set<QString> excludedSystemKeys_;
+    /// By row of `activities_`, as far as it was asked for; what it rests on changes for no
+    /// activity but through `excludeSystemKey()`.
+    mutable std::vector<std::uint8_t> eligible_;
+    mutable std::optional<std::array<double, allCases.size()>> totalsCache_;
+    /// The bundle identifier asked for last and its key, so that a tick makes no text.
+    std::pair<QString, QString> lastAppKey_;
+};
+
+} // namespace orvanta

@@ -1,0 +1,177 @@
+#pragma once
+
+#include "Fakes/FakeBrowsers.h"
+#include "Fakes/FakeWorkspace.h"
+#include "Fakes/HandMainLoop.h"
+#include "Fakes/QtPrinters.h"
+#include "Model/ActivityList.h"
+#include "Model/ActivityStore.h"
+#include "Model/Calendar.h"
+#include "Model/DayActivityList.h"
+#include "Model/UserDefaults.h"
+#include "Platform/NotificationCenter.h"
+#include "Platform/Platform.h"
+#include "Tracking/FrontmostProbe.h"
+#include "Tracking/Tracker.h"
+
+#include <QDateTime>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+
+namespace orvanta {
+
+/// A person's machine in the hand: a real store and real preferences in a temporary folder, and
+/// everything that moves by itself (clocks, timers, windows, browsers) driven by the test.
+///
+/// Time passes on both clocks together: by `pass()` with the timers firing, by `stall()` with the
+/// process held up. `wallShift` moves the date alone, as a person who sets the clock does.
+class World {
+public:
+    explicit World(const char* localStart = "2024-03-05T12:00:00",
+                   const char* timeZone = "America/Sao_Paulo")
+        : calendar(QTimeZone(timeZone))
+        , zone_(timeZone)
+        , start_(dateOf(localStart)) {
+        open();
+    }
+
+    QTemporaryDir folder;
+    HandMainLoop loop;
+    FakeWorkspace workspace;
+    FakeBrowsers browsers;
+    NotificationCenter workspaceCenter;
+    NotificationCenter defaultCenter;
+    NotificationCenter distributedCenter;
+    Calendar calendar;
+    double wallShift = 0;
+    /// Added to the platform's clock only, to tell it from the injected date.
+    double systemShift = 0;
+
+    std::unique_ptr<UserDefaults> defaults;
+    std::unique_ptr<ModelContainer> container;
+    std::unique_ptr<Tracker> tracker;
+
+    /// Begins a new process over what an earlier one left.
+    void open() {
+        container = ActivityStore::open(folder.path());
+        defaults = std::make_unique<UserDefaults>(folder.path(),
+                                                  QStringLiteral("com.brindlework.orvanta"));
+    }
+    Tracker& construct() {
+        const Platform platform{
+            workspace, workspaceCenter, defaultCenter, distributedCenter, loop, [this] {
+                return systemTime();
+            }};
+        tracker.reset();
+        tracker = std::make_unique<Tracker>(
+            context(), browsers, *defaults,
+            [this](const QString& id) { return browsers.dialect(id); }, [this] { return uptime(); },
+            [this] { return date(); }, calendar, [this] { return frontmostFocus(workspace); },
+            platform);
+        return *tracker;
+    }
+    Tracker& begin() {
+        construct().start();
+        return *tracker;
+    }
+    void restart() {
+        tracker.reset();
+        container.reset();
+        open();
+        begin();
+    }
+
+    ModelContext& context() { return container->mainContext(); }
+    double uptime() const { return loop.now() + stalled_; }
+    Date date() const { return start_ + uptime() + wallShift; }
+    void setDate(const char* local) { wallShift += dateOf(local) - date(); }
+    Date dateOf(const char* local) const {
+        const QDateTime time = QDateTime::fromString(QLatin1StringView(local), Qt::ISODateWithMs);
+        return Date::fromUnix(
+            static_cast<double>(QDateTime(time.date(), time.time(), zone_).toMSecsSinceEpoch()) /
+            1000);
+    }
+    void travel(const char* timeZone) {
+        zone_ = QTimeZone(timeZone);
+        calendar.setTimeZone(zone_);
+        defaultCenter.post(Notification::CalendarDayChanged);
+    }
+
+    void pass(double seconds) { loop.advance(seconds); }
+    void stall(double seconds) { stalled_ += seconds; }
+    void front(const char* id) {
+        workspace.front = RunningApplication{QString::fromLatin1(id), {}, {}, {}};
+        workspaceCenter.post(Notification::DidActivateApplication);
+    }
+    void nothingInFront() {
+        workspace.front.reset();
+        workspaceCenter.post(Notification::DidActivateApplication);
+    }
+
+    Activity* find(const char* key) {
+        return context().activities().find(QString::fromLatin1(key));
+    }
+    Activity& activity(const char* key) {
+        Activity* found = find(key);
+        EXPECT_NE(found, nullptr) << key;
+        return *found;
+    }
+    double seconds(const char* key) {
+        const Activity* found = find(key);
+        return found != nullptr ? found->seconds() : 0;
+    }
+    double daySeconds(const char* day, const char* key) {
+        const auto id = context().keys().find(QString::fromLatin1(key));
+        return id ? context().dayActivities().seconds(*Day::fromText(day), *id).value_or(0) : 0;
+    }
+
+    /// Seconds by the text of day and key, of every record.
+    std::map<QString, double> days() {
+        std::map<QString, double> result;
+        const DayActivityList& list = context().dayActivities();
+        for (std::size_t i = 0; i < list.dayCount(); ++i) {
+            const auto day = list.oneDay(i);
+            for (std::size_t j = 0; j < day.keys.size(); ++j) {
+                result[DayActivity::id(day.day, context().keys().text(day.keys[j]))] =
+                    day.seconds[j];
+            }
+        }
+        return result;
+    }
+
+    /// What must hold between any two events. While a session is a day, which it is unless somebody
+    /// resets it or moves the date back, its totals are the day's.
+    void checkInvariants(bool sessionIsDay = true) {
+        const Day today = calendar.day(date());
+        for (const auto& [id, seconds] : days()) {
+            EXPECT_GT(seconds, 0) << qPrintable(id);
+        }
+        const bool wholeDay = sessionIsDay && tracker->resetDate() == calendar.startOfDay(date());
+        for (const Activity& activity : context().activities()) {
+            EXPECT_GE(activity.seconds(), 0) << qPrintable(activity.key());
+            if (wholeDay) {
+                EXPECT_NEAR(activity.seconds(),
+                            context().dayActivities().seconds(today, activity.keyId()).value_or(0),
+                            1e-6)
+                    << qPrintable(activity.key());
+            }
+        }
+    }
+
+private:
+    std::chrono::system_clock::time_point systemTime() const {
+        const std::chrono::duration<double> since1970(date().since1970() + systemShift);
+        return std::chrono::system_clock::time_point(
+            std::chrono::round<std::chrono::system_clock::duration>(since1970));
+    }
+
+    QTimeZone zone_;
+    Date start_;
+    double stalled_ = 0;
+};
+
+} // namespace orvanta
