@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QObject>
+#include <QSocketNotifier>
+
+namespace orvanta {
+
+/// Turns SIGTERM, SIGINT and SIGHUP, with which a session or a person ends a program, into a Qt
+/// signal on the main thread, so that the program can end in good order. One a process.
+class TerminationSignals final : public QObject {
+    Q_OBJECT
+
+public:
+    TerminationSignals();
+    ~TerminationSignals() override;
+    TerminationSignals(const TerminationSignals&) = delete;
+    TerminationSignals& operator=(const TerminationSignals&) = delete;
+
+Q_SIGNALS:
+    void received();
+
+private:
+    QSocketNotifier notifier_;
+};
+
+} // namespace orvanta

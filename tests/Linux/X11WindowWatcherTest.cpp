@@ -1,0 +1,307 @@
+#include "Linux/Windows/X11WindowWatcher.h"
+
+#include "Fakes/HandMainLoop.h"
+#include "Linux/MainLoop/QtMainLoop.h"
+#include "XServer.h"
+
+#include <QAbstractEventDispatcher>
+
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <optional>
+
+namespace orvanta {
+
+namespace {
+
+using State = WindowWatcher::State;
+
+/// The watcher against a window manager that says what the test dictates.
+class X11WindowWatcherTest : public testing::Test {
+protected:
+    void watch() {
+        windowManager.emplace(server);
+        watcher.emplace(server.display(), loop);
+        ASSERT_EQ(watcher->state(), State::Watching);
+        ASSERT_EQ(loop.armedCount(), 0U);
+    }
+
+    QString activeClass() const {
+        const auto& window = watcher->activeWindow();
+        return window ? window->wmClass : QStringLiteral("none");
+    }
+    bool becomesActive(const char* wmClass) {
+        return eventually([&] { return activeClass() == QLatin1String(wmClass); });
+    }
+    bool becomes(State state) {
+        return eventually([&] { return watcher->state() == state; });
+    }
+    /// "None" is held back until it has stood a while.
+    bool noneIsPending() {
+        return eventually([&] { return loop.armedCount() == 1; });
+    }
+    bool becomesNone() {
+        const bool pending = noneIsPending();
+        loop.advance(1);
+        return pending && activeClass() == QLatin1String("none");
+    }
+
+    /// Shows a window of known class and sees it, so that what came before has been read.
+    void showMarker() {
+        windowManager->setActive(client.create("marker", "Marker"));
+        ASSERT_TRUE(becomesActive("Marker"));
+    }
+
+    XServer server;
+    XClient client{server};
+    HandMainLoop loop;
+    std::optional<ScriptedWindowManager> windowManager;
+    std::optional<X11WindowWatcher> watcher;
+};
+
+TEST_F(X11WindowWatcherTest, AWindowIsReadWithItsIdentity) {
+    watch();
+    const auto window = client.create("instance", "Klass");
+    client.setText(window, "_GTK_APPLICATION_ID", "UTF8_STRING", "org.example.App");
+    client.setText(window, "_KDE_NET_WM_DESKTOP_FILE", "UTF8_STRING", "org.example.file");
+    client.set(window, "_NET_WM_PID", "CARDINAL", {1});
+    windowManager->setActive(window);
+    ASSERT_TRUE(becomesActive("Klass"));
+    EXPECT_EQ(watcher->activeWindow()->id, window);
+    EXPECT_EQ(watcher->activeWindow()->wmInstance, QStringLiteral("instance"));
+    EXPECT_EQ(watcher->activeWindow()->gtkApplicationId, QStringLiteral("org.example.App"));
+    EXPECT_EQ(watcher->activeWindow()->desktopFile, QStringLiteral("org.example.file"));
+    EXPECT_EQ(watcher->activeWindow()->processIdentifier, ::getpid()) << "the server knows better";
+}
+
+TEST_F(X11WindowWatcherTest, WhatIsActiveAtTheStartIsKnownAtOnce) {
+    windowManager.emplace(server);
+    windowManager->setActive(client.create("a", "A"));
+    watcher.emplace(server.display(), loop);
+    EXPECT_EQ(activeClass(), QStringLiteral("A"));
+}
+
+TEST_F(X11WindowWatcherTest, NoneBetweenTwoWindowsIsNoise) {
+    watch();
+    const auto a = client.create("a", "A");
+    const auto b = client.create("b", "B");
+    windowManager->setActive(a);
+    ASSERT_TRUE(becomesActive("A"));
+    std::vector<QString> seen;
+    QObject::connect(&*watcher, &WindowWatcher::activeWindowChanged, &*watcher,
+                     [&] { seen.push_back(activeClass()); });
+    windowManager->setActive(XCB_WINDOW_NONE);
+    ASSERT_TRUE(noneIsPending());
+    loop.advance(0.09);
+    windowManager->setActive(b);
+    ASSERT_TRUE(becomesActive("B"));
+    EXPECT_EQ(loop.armedCount(), 0U);
+    windowManager->setActive(XCB_WINDOW_NONE);
+    EXPECT_TRUE(becomesNone());
+    EXPECT_THAT(seen, testing::ElementsAre(QStringLiteral("B"), QStringLiteral("none")));
+}
+
+TEST_F(X11WindowWatcherTest, AnIdLeftBehindByAClosedWindowIsNone) {
+    watch();
+    const auto a = client.create("a", "A");
+    const auto b = client.create("b", "B");
+    windowManager->setClients({a, b});
+    windowManager->setActive(a);
+    ASSERT_TRUE(becomesActive("A"));
+    windowManager->setClients({b});
+    EXPECT_TRUE(becomesNone());
+    windowManager->setActive(b);
+    ASSERT_TRUE(becomesActive("B"));
+    windowManager->setClients({});
+    EXPECT_TRUE(becomesNone());
+}
+
+TEST_F(X11WindowWatcherTest, WindowsThatAreNoApplicationsAreNone) {
+    watch();
+    const auto typed = [&](const char* type) {
+        const auto window = client.create("typed", "Typed");
+        client.set(window, "_NET_WM_WINDOW_TYPE", "ATOM", {client.atom(type)});
+        return window;
+    };
+    const auto destroyed = client.create("gone", "Gone");
+    client.destroy(destroyed);
+    for (const xcb_window_t window :
+         {typed("_NET_WM_WINDOW_TYPE_DESKTOP"), typed("_NET_WM_WINDOW_TYPE_DOCK"), client.root(),
+          windowManager->check(), destroyed, xcb_window_t{0xdeadbeef}}) {
+        showMarker();
+        windowManager->setActive(window);
+        EXPECT_TRUE(becomesNone()) << window;
+    }
+    showMarker();
+    client.set(client.root(), "_NET_ACTIVE_WINDOW", "CARDINAL", {client.create("a", "A")});
+    EXPECT_TRUE(becomesNone()) << "wrong type";
+    windowManager->setActive(typed("_NET_WM_WINDOW_TYPE_NORMAL"));
+    EXPECT_TRUE(becomesActive("Typed"));
+}
+
+TEST_F(X11WindowWatcherTest, AnotherWindowUnderTheSameIdIsSeen) {
+    watch();
+    const auto id = client.newId();
+    client.create(id);
+    client.setClass(id, "first", "First");
+    windowManager->setActive(id);
+    ASSERT_TRUE(becomesActive("First"));
+    client.destroy(id);
+    client.create(id);
+    client.setClass(id, "second", "Second");
+    windowManager->setActive(id);
+    EXPECT_TRUE(becomesActive("Second"));
+}
+
+TEST_F(X11WindowWatcherTest, AClassThatComesLateIsSeenAlsoUnderAReusedId) {
+    watch();
+    const auto id = client.newId();
+    for (const char* wmClass : {"First", "Second"}) {
+        client.create(id);
+        windowManager->setActive(id);
+        ASSERT_TRUE(becomesActive(""));
+        client.setText(id, "WM_NAME", "STRING", "title");
+        client.setClass(id, wmClass, wmClass);
+        ASSERT_TRUE(becomesActive(wmClass));
+        client.destroy(id);
+    }
+    client.create(id);
+    windowManager->setActive(id);
+    ASSERT_TRUE(becomesActive(""));
+    client.create(client.newId());
+    showMarker();
+    client.setClass(id, "third", "Third");
+    windowManager->setActive(client.create("last", "Last"));
+    EXPECT_TRUE(becomesActive("Last")) << "no longer listened to";
+}
+
+TEST_F(X11WindowWatcherTest, HostileClassesDoNoHarm) {
+    watch();
+    const auto window = client.create();
+    struct Row {
+        const char* what;
+        std::string_view type;
+        uint8_t format;
+        std::string bytes;
+        const char* instance;
+        const char* wmClass;
+    };
+    const Row rows[] = {
+        {"no terminator", "STRING", 8, std::string("a\0B", 3), "a", "B"},
+        {"no separator", "STRING", 8, "alone", "alone", ""},
+        {"no instance", "STRING", 8, std::string("\0B\0", 3), "", "B"},
+        {"more strings", "STRING", 8, std::string("a\0B\0c\0d", 7), "a", "B"},
+        {"only terminators", "STRING", 8, std::string(9, '\0'), "", ""},
+        {"UTF-8", "UTF8_STRING", 8, std::string("caf\xc3\xa9\0B\0", 8), "café", "B"},
+        {"Latin-1", "STRING", 8, std::string("caf\xe9\0B\0", 7), "café", "B"},
+        {"the longest", "STRING", 8, std::string(1021, 'a') + std::string("\0B\0", 3), nullptr,
+         "B"},
+        {"a megabyte", "STRING", 8, std::string(1 << 20, 'x'), "", ""},
+        {"numbers", "STRING", 32, std::string(64, 'x'), "", ""},
+        {"another type", "CARDINAL", 8, std::string("a\0B\0", 4), "", ""},
+        {"empty", "STRING", 8, "", "", ""},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        showMarker();
+        client.set(window, "WM_CLASS", row.type, row.format, row.bytes.data(),
+                   row.bytes.size() / (row.format / 8));
+        windowManager->setActive(window);
+        ASSERT_TRUE(becomesActive(row.wmClass));
+        const QString instance = row.instance != nullptr ? QString::fromUtf8(row.instance)
+                                                         : QString(1021, QLatin1Char('a'));
+        EXPECT_EQ(watcher->activeWindow()->wmInstance, instance);
+    }
+}
+
+TEST_F(X11WindowWatcherTest, AWindowManagerMustBeAliveAndTellTheActiveWindow) {
+    watcher.emplace(server.display(), loop);
+    EXPECT_EQ(watcher->state(), State::Waiting);
+    // What a window manager that was killed may leave behind, and one that is half there.
+    client.set(client.root(), "_NET_SUPPORTING_WM_CHECK", "WINDOW", {0xdeadbeef});
+    windowManager.emplace(server);
+    ASSERT_TRUE(becomes(State::Watching));
+    windowManager->support({"_NET_SUPPORTED"});
+    ASSERT_TRUE(becomes(State::Waiting));
+    windowManager->support({"_NET_ACTIVE_WINDOW"});
+    ASSERT_TRUE(becomes(State::Watching));
+    windowManager->pointTo(client.root());
+    ASSERT_TRUE(becomes(State::Waiting));
+    windowManager->pointTo(windowManager->check());
+    ASSERT_TRUE(becomes(State::Watching));
+}
+
+TEST_F(X11WindowWatcherTest, NoWindowManagerIsGivenTenSecondsAndMayComeLaterStill) {
+    watcher.emplace(server.display(), loop);
+    loop.advance(9.99);
+    EXPECT_EQ(watcher->state(), State::Waiting);
+    loop.advance(0.01);
+    EXPECT_EQ(watcher->state(), State::Unsupported);
+    windowManager.emplace(server);
+    EXPECT_TRUE(becomes(State::Watching));
+    EXPECT_EQ(loop.armedCount(), 0U);
+}
+
+TEST_F(X11WindowWatcherTest, WithTheWindowManagerGoesTheActiveWindow) {
+    watch();
+    showMarker();
+    windowManager.reset();
+    ASSERT_TRUE(becomes(State::Waiting));
+    EXPECT_EQ(activeClass(), QStringLiteral("none"));
+    windowManager.emplace(server);
+    ASSERT_TRUE(becomes(State::Watching));
+    showMarker();
+}
+
+TEST_F(X11WindowWatcherTest, WithTheServerItEndsForGoodAndRests) {
+    watch();
+    showMarker();
+    int ended = 0;
+    QObject::connect(&*watcher, &WindowWatcher::stateChanged, &*watcher, [&] { ++ended; });
+    server.kill();
+    ASSERT_TRUE(becomes(State::Ended));
+    EXPECT_EQ(activeClass(), QStringLiteral("none"));
+    EXPECT_EQ(loop.armedCount(), 0U);
+
+    int wakeUps = 0;
+    QObject counting;
+    QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake,
+                     &counting, [&] { ++wakeUps; });
+    bool later = false;
+    const auto timer = QtMainLoop().once(MainLoop::Duration(0.1), [&] { later = true; });
+    ASSERT_TRUE(eventually([&] { return later; }));
+    EXPECT_LT(wakeUps, 50);
+    EXPECT_EQ(ended, 1);
+}
+
+TEST_F(X11WindowWatcherTest, AServerThatIsNotThereIsUnsupported) {
+    for (const char* display : {"", "nonsense", "/no/such/display:0"}) {
+        watcher.emplace(display, loop);
+        EXPECT_EQ(watcher->state(), State::Unsupported) << display;
+        EXPECT_FALSE(watcher->activeWindow());
+        EXPECT_EQ(loop.armedCount(), 0U);
+    }
+}
+
+TEST_F(X11WindowWatcherTest, AFloodOfChangesStarvesNobody) {
+    watch();
+    const auto a = client.create("a", "A");
+    bool served = false;
+    int round = 0;
+    // Each read of the watcher finds another change that came in meanwhile.
+    QObject::connect(&*watcher, &WindowWatcher::activeWindowChanged, &*watcher, [&] {
+        if (!served && ++round < 10'000) {
+            client.setClass(a, "a", std::to_string(round));
+            windowManager->setActive(a);
+        }
+    });
+    const auto timer = QtMainLoop().once(MainLoop::Duration(0.02), [&] { served = true; });
+    windowManager->setActive(a);
+    ASSERT_TRUE(eventually([&] { return served; }));
+    EXPECT_LT(round, 10'000);
+}
+
+} // namespace
+
+} // namespace orvanta

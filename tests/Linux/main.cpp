@@ -1,0 +1,12 @@
+#include <QCoreApplication>
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+
+int main(int argc, char** argv) {
+    ::testing::InitGoogleMock(&argc, argv);
+    std::signal(SIGPIPE, SIG_IGN); // As the application does.
+    const QCoreApplication application(argc, argv);
+    return RUN_ALL_TESTS();
+}
