@@ -1,0 +1,86 @@
+#include "AppDelegate.h"
+
+#include "Linux/LinuxPlatform.h"
+#include "Linux/SystemClock.h"
+#include "Model/ActivityStore.h"
+#include "Model/PreferencesMigration.h"
+#include "Platform/Workspace.h"
+#include "Tracking/FrontmostProbe.h"
+#include "WindowWatchingText.h"
+
+#include <QCoreApplication>
+#include <QLocale>
+#include <QMessageBox>
+#include <QStandardPaths>
+
+#include <chrono>
+
+namespace orvanta {
+
+namespace {
+
+const auto domain = QStringLiteral("com.brindlework.orvanta");
+const auto olderDomain = QStringLiteral("com.local.Orvanta");
+
+int firstWeekday() {
+    return QLocale::system().firstDayOfWeek() % 7 + 1; // Qt counts from Monday, 1.
+}
+
+} // namespace
+
+AppDelegate::AppDelegate(LinuxPlatform& platform)
+    : platform_(platform)
+    , defaults_(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation), domain)
+    , calendar_(QTimeZone::systemTimeZone(), firstWeekday()) {}
+
+AppDelegate::~AppDelegate() = default;
+
+bool AppDelegate::applicationDidFinishLaunching() {
+    PreferencesMigration::migrate(defaults_, olderDomain, domain);
+
+    try {
+        container_ = ActivityStore::open(
+            QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
+    } catch (const ModelError& error) {
+        QMessageBox alert(QMessageBox::Critical, QStringLiteral("orvanta"),
+                          QStringLiteral("Não foi possível abrir os dados do orvanta"));
+        alert.setInformativeText(error.localizedDescription());
+        alert.exec();
+        return false;
+    }
+
+    const Platform platform = platform_.platform();
+    tracker_ = std::make_unique<Tracker>(
+        container_->mainContext(), reader_, defaults_,
+        [](const QString&) { return std::optional<BrowserDialect>(); }, systemUptime,
+        [] { return Date::from(std::chrono::system_clock::now()); }, calendar_,
+        [&workspace = platform.workspace] { return frontmostFocus(workspace); }, platform);
+    tracker_->start();
+
+    connect(&platform_, &LinuxPlatform::windowWatchingChanged, this,
+            &AppDelegate::windowWatchingChanged);
+    windowWatchingChanged();
+    return true;
+}
+
+void AppDelegate::applicationWillTerminate() {
+    if (tracker_) {
+        tracker_->stop();
+    }
+}
+
+void AppDelegate::windowWatchingChanged() {
+    const WindowWatcher::State state = platform_.windowWatching();
+    if (state == WindowWatcher::State::Ended) {
+        // There is no display left to say it on.
+        qInfo("%s", qUtf8Printable(windowWatchingText(state)));
+        QCoreApplication::quit();
+    } else if (const QString text = windowWatchingText(state); !text.isEmpty()) {
+        auto* message = new QMessageBox(QMessageBox::Information, QStringLiteral("orvanta"), text);
+        message->setAttribute(Qt::WA_DeleteOnClose);
+        message->setModal(false);
+        message->show();
+    }
+}
+
+} // namespace orvanta
