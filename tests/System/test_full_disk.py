@@ -1,0 +1,81 @@
+"""A full disk costs nothing but patience: what could not be written is written once there is room."""
+
+import ctypes
+import os
+import pathlib
+import subprocess
+import time
+
+import case
+import desktop
+
+_CLONE_NEWNS = 0x00020000
+_CLONE_NEWUSER = 0x10000000
+
+
+def enter_mount_namespace():
+    """Mounts made from here on are this process's own, and vanish with it."""
+    libc = ctypes.CDLL(None, use_errno=True)
+    user, group = os.getuid(), os.getgid()
+    if libc.unshare(_CLONE_NEWNS) != 0:
+        if libc.unshare(_CLONE_NEWUSER | _CLONE_NEWNS) != 0:
+            raise desktop.DesktopError(
+                f"a small file system cannot be mounted here: {os.strerror(ctypes.get_errno())}; "
+                "the test needs root, or user namespaces")
+        pathlib.Path("/proc/self/setgroups").write_text("deny")
+        pathlib.Path("/proc/self/uid_map").write_text(f"0 {user} 1")
+        pathlib.Path("/proc/self/gid_map").write_text(f"0 {group} 1")
+    subprocess.run(["mount", "--make-rprivate", "/"], check=True)
+
+
+class FullDisk(case.SystemTest):
+    def setUp(self):
+        super().setUp()
+        self.data = pathlib.Path(self.desktop.environment["XDG_DATA_HOME"])
+        subprocess.run(["mount", "-t", "tmpfs", "-o", "size=1m,mode=0700", "tmpfs",
+                        str(self.data)], check=True)
+        self.addCleanup(subprocess.run, ["umount", "--lazy", str(self.data)], check=True)
+
+    def fill(self, filler):
+        with open(filler, "ab", buffering=0) as file:
+            for size in (65536, 4096, 1):
+                try:
+                    while True:
+                        file.write(bytes(size))
+                except OSError:
+                    # No room for that much; for less there may be.
+                    pass
+
+    def test_the_seconds_of_that_time_are_written_when_there_is_room_again(self):
+        windows = [self.desktop.launch_xterm(), self.desktop.launch_mousepad()]
+        began = self.orvanta.start()
+        self.wait_for_save()
+        filler = self.data / "filler"
+        self.fill(filler)
+
+        def behind():
+            return time.monotonic() - began - self.store.total()
+
+        def no_save_finds_room():
+            """Saves at each change of focus, until none of them reaches the disk any more."""
+            windows.reverse()
+            self.desktop.activate(windows[0])
+            self.fill(filler)
+            return behind() > case.SAVE_INTERVAL + 4
+
+        desktop.wait_until(no_save_finds_room, "a save that finds no room", seconds=60, every=0.5)
+        self.assertTrue(self.orvanta.is_running(), self.orvanta.complaints())
+        self.assert_sound()
+
+        filler.unlink()
+        desktop.wait_until(lambda: behind() <= case.SAVE_INTERVAL + case.TOLERANCE,
+                           "the seconds of the time without room", seconds=case.SAVE_INTERVAL * 3)
+        asked, code = self.orvanta.ask_to_end()
+        self.assertEqual(code, 0)
+        self.assert_sound()
+        self.assertAlmostEqual(self.store.total(), asked - began, delta=case.TOLERANCE)
+
+
+if __name__ == "__main__":
+    enter_mount_namespace()
+    case.main()

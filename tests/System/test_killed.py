@@ -1,0 +1,80 @@
+"""Killed at any moment, Orvanta loses at most what it had not saved, and goes on from there.
+
+ORVANTA_TEST_SEED repeats the moments of an earlier run.
+"""
+
+import os
+import random
+import time
+
+import case
+import desktop
+
+KILLS = 20
+
+# For starting, and for the distance between what is done here and what the test sees of it.
+MARGIN = 0.5
+
+
+class Killed(case.SystemTest):
+    def test_at_most_five_seconds_are_lost_at_each_kill(self):
+        seed = int(os.environ.get("ORVANTA_TEST_SEED") or time.time_ns() % 1_000_000)
+        print(f"ORVANTA_TEST_SEED={seed}", flush=True)
+        moments = random.Random(seed)
+        behind = self.desktop.launch_xterm()
+        windows = [self.desktop.launch_mousepad(), behind]
+
+        watched = 0.0
+        most_lost = 0.0
+        before = {}
+        for kill in range(1, KILLS + 1):
+            print(f"kill {kill}", flush=True)
+            # Every fifth time nothing changes in front: only the clock makes it save.
+            undisturbed = kill % 5 == 0
+            length = moments.uniform(8, 11) if undisturbed else moments.uniform(2, 6)
+            began = self.orvanta.start()
+            due = began
+            saved = began
+            while True:
+                due += length if undisturbed else moments.uniform(0.4, 2.5)
+                desktop.sleep_until(min(due, began + length))
+                if due >= began + length:
+                    break
+                windows.reverse()
+                switched = self.desktop.activate(windows[0])
+                # A switch just before the end may find it still writing.
+                if began + length - switched > MARGIN:
+                    saved = switched
+            ended = self.orvanta.kill()
+
+            copy = self.store.copy_to(self.desktop.folder / f"killed-{kill}")
+            self.assertEqual(copy.integrity(), "ok", "the copy")
+            self.assert_sound()
+            after = self.store.history_seconds()
+            self.assertEqual(copy.history_seconds(), after)
+            for key, seconds in before.items():
+                self.assertGreaterEqual(after.get(key, 0.0), seconds, f"{key} fell")
+
+            elapsed = ended - began
+            lost = elapsed - (sum(after.values()) - sum(before.values()))
+            self.assertGreaterEqual(lost, -0.05, "more on disk than has passed")
+            self.assertLessEqual(lost, min(case.SAVE_INTERVAL, ended - saved) + MARGIN)
+            session = self.store.session_seconds()
+            for key, seconds in after.items():
+                self.assertAlmostEqual(session[key], seconds, delta=0.001, msg=key)
+            before = after
+            watched += elapsed
+            most_lost = max(most_lost, lost)
+        print(f"{KILLS} kills, {watched:.1f} s watched, {sum(before.values()):.1f} s on disk, "
+              f"at most {most_lost:.2f} s lost at once")
+
+        began = self.orvanta.start()
+        desktop.sleep_until(began + 3)
+        asked, code = self.orvanta.ask_to_end()
+        self.assertEqual(code, 0)
+        self.assertAlmostEqual(self.store.total() - sum(before.values()), asked - began,
+                               delta=case.TOLERANCE)
+
+
+if __name__ == "__main__":
+    case.main()
