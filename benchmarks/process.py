@@ -1,0 +1,220 @@
+"""What Orvanta costs as a process, from /proc: on a virtual desktop, two windows taking turns.
+
+Beside it stand the budgets, and a bare Qt Widgets process with a timer of one second that is
+measured in the same way. The two run one after the other, because pages that they share would halve
+each other's PSS.
+"""
+
+import argparse
+import pathlib
+import shutil
+import sys
+import time
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "tests" / "System"))
+
+import desktop  # noqa: E402 (the path has just been set)
+
+# Between two changes of what is in front.
+STRETCH = 10.0
+
+# Starting up is not measured: the desktop entries are read, the first pages touched.
+SETTLING = 10.0
+
+MIB = 1024 * 1024
+
+
+class Reading:
+    """The counters of a process at a moment."""
+
+    def __init__(self, pid):
+        root = pathlib.Path("/proc", str(pid))
+        self.moment = time.monotonic()
+        self.threads = {}
+        for task in (root / "task").iterdir():
+            # Nanoseconds on a processor; utime and stime of `stat` only know hundredths of a second.
+            running = int((task / "schedstat").read_text().split()[0]) / 1e9
+            self.threads[task.name] = (running, self._field(task / "status",
+                                                            "voluntary_ctxt_switches"))
+        self.memory = {name: self._field(root / "smaps_rollup", name) * 1024 / MIB
+                       for name in ("Pss", "Private_Dirty")}
+        self.handed_over = self._field(root / "io", "wchar")
+        self.to_the_disk = self._field(root / "io", "write_bytes")
+
+    @staticmethod
+    def _field(path, name):
+        for line in path.read_text().splitlines():
+            if line.startswith(f"{name}:"):
+                return int(line.split()[1])
+        raise desktop.DesktopError(f"{path} has no {name}")
+
+
+class Cost:
+    """What passed between two readings. Of a thread that ended in between, nothing is known."""
+
+    def __init__(self, first, last):
+        self.seconds = last.moment - first.moment
+        running = waits = 0
+        for name, (thread_running, thread_waits) in last.threads.items():
+            earlier = first.threads.get(name, (0, 0))
+            running += thread_running - earlier[0]
+            waits += thread_waits - earlier[1]
+        an_hour = 3600 / self.seconds
+        self.cpu = running * an_hour
+        self.wakeups = waits / self.seconds
+        self.pss = last.memory["Pss"]
+        self.private_dirty = last.memory["Private_Dirty"]
+        self.handed_over = (last.handed_over - first.handed_over) / MIB * an_hour
+        self.to_the_disk = (last.to_the_disk - first.to_the_disk) / MIB * an_hour
+
+
+class Measurement:
+    """A process on a desktop of its own, beside an xterm and a mousepad."""
+
+    def __init__(self, executable, store=None):
+        self.place = desktop.Desktop(time_zone=desktop.zone_far_from_midnight())
+        self.executable = executable
+        self.store = store
+
+    def __enter__(self):
+        self.place.open()
+        self.windows = [self.place.launch_xterm(), self.place.launch_mousepad()]
+        self.process = desktop.Orvanta(self.place, self.executable)
+        if self.store:
+            # A store that was not closed cleanly keeps a part of itself in the side file.
+            self.process.store.path.parent.mkdir(mode=0o700)
+            for suffix in ("", "-wal"):
+                source = self.store.with_name(self.store.name + suffix)
+                if source.exists():
+                    target = self.process.store.path
+                    shutil.copyfile(source, target.with_name(target.name + suffix))
+        return self
+
+    def __exit__(self, *_):
+        self.place.close()
+
+    def start(self):
+        self.process.start()
+
+    def read(self):
+        if not self.process.is_running():
+            raise desktop.DesktopError(f"{self.executable} ended: {self.process.complaints()}")
+        return Reading(self.process.process.pid)
+
+    def take_turns(self, seconds):
+        """The cost of that time, what is in front changing every ten seconds."""
+        self._turn_for(SETTLING)
+        first = self.read()
+        self._turn_for(seconds)
+        return Cost(first, self.read())
+
+    def _turn_for(self, seconds):
+        began = time.monotonic()
+        done = 0.0
+        while done < seconds:
+            self.windows.reverse()
+            self.place.activate(self.windows[0])
+            done = min(done + STRETCH, seconds)
+            desktop.sleep_until(began + done)
+
+    def stay_idle(self, seconds):
+        """The cost of that time with no window at all."""
+        self.place.close_windows()
+        desktop.sleep_until(time.monotonic() + SETTLING)
+        first = self.read()
+        desktop.sleep_until(time.monotonic() + seconds)
+        return Cost(first, self.read())
+
+
+def qt_neighbours():
+    """Other processes that have Qt loaded, whose pages would be shared with what is measured."""
+    found = []
+    for maps in pathlib.Path("/proc").glob("[0-9]*/maps"):
+        try:
+            if "libQt6Core" in maps.read_text():
+                found.append(f"{(maps.parent / 'comm').read_text().strip()} ({maps.parent.name})")
+        except OSError:
+            # It ended meanwhile, or is not ours to read.
+            continue
+    return found
+
+
+def number(value):
+    return f"{value:.3f}" if value < 0.1 else f"{value:.2f}"
+
+
+def print_table(rows):
+    heads = ("", "orvanta", "budget", "bare process")
+    rows = [heads, *rows]
+    widths = [max(len(row[column]) for row in rows) for column in range(len(heads))]
+    for row in rows:
+        print("  " + row[0].ljust(widths[0])
+              + "".join("  " + cell.rjust(width) for cell, width in zip(row[1:], widths[1:])))
+
+
+def parse():
+    build = pathlib.Path(__file__).resolve().parent.parent / "build" / "release"
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--seconds", type=float, default=60,
+                        help="how long to measure each (default 60; 600 is steadier)")
+    parser.add_argument("--idle", action="store_true",
+                        help="measure as long again with no window in front")
+    parser.add_argument("--store", type=pathlib.Path,
+                        help="start from a copy of this store")
+    parser.add_argument("--executable", type=pathlib.Path, default=build / "orvanta")
+    parser.add_argument("--bare", type=pathlib.Path, default=build / "orvanta-bare-process")
+    return parser.parse_args()
+
+
+def main():
+    arguments = parse()
+    desktop.end_on_signals()
+    if arguments.store and not arguments.store.is_file():
+        sys.exit(f"process.py: {arguments.store} is not there")
+    neighbours = qt_neighbours()
+    idle = bare_idle = None
+    try:
+        with Measurement(arguments.executable, arguments.store) as orvanta:
+            orvanta.start()
+            cost = orvanta.take_turns(arguments.seconds)
+            if arguments.idle:
+                idle = orvanta.stay_idle(arguments.seconds)
+        with Measurement(arguments.bare) as process:
+            process.start()
+            bare = process.take_turns(arguments.seconds)
+            if arguments.idle:
+                bare_idle = process.stay_idle(arguments.seconds)
+    except desktop.DesktopError as error:
+        sys.exit(f"process.py: {error}")
+
+    print(f"{cost.seconds:.0f} s, another window in front every {STRETCH:.0f} s, "
+          f"{'a new store' if not arguments.store else arguments.store}")
+    rows = [
+        ("CPU, seconds an hour", number(cost.cpu), "0.8", number(bare.cpu)),
+        ("wake-ups a second", number(cost.wakeups), "1.4", number(bare.wakeups)),
+        ("PSS, MB (a year of history / ten)", number(cost.pss), "24 / 27", number(bare.pss)),
+        ("private dirty, MB (a year / ten)", number(cost.private_dirty), "5 / 8",
+         number(bare.private_dirty)),
+        ("handed to write(), MiB an hour (1)", number(cost.handed_over), "1.5",
+         number(bare.handed_over)),
+        ("sent to a disk, MiB an hour (2)", number(cost.to_the_disk), "-",
+         number(bare.to_the_disk)),
+    ]
+    if idle:
+        rows += [
+            ("nothing in front: wake-ups a second", number(idle.wakeups), "0.05",
+             number(bare_idle.wakeups)),
+            ("nothing in front: CPU, seconds an hour", number(idle.cpu), "-",
+             number(bare_idle.cpu)),
+        ]
+    print_table(rows)
+    print("(1) wchar of /proc/PID/io: what write, pwrite and writev were given, for sockets, pipes "
+          "and\n    event counters too, so a little more than the file system's part.")
+    print("(2) write_bytes of /proc/PID/io: whole pages, and nothing where temporary files are in "
+          "memory.")
+    if neighbours:
+        print(f"The PSS is too small: Qt is also loaded by {', '.join(neighbours)}.")
+
+
+if __name__ == "__main__":
+    main()
