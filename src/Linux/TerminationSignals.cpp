@@ -1,10 +1,11 @@
 #include "Linux/TerminationSignals.h"
 
+#include <sys/eventfd.h>
+#include <unistd.h>
+
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 namespace orvanta {
 

@@ -39,8 +39,8 @@ Date fromLocalTime(QDate date, QTime time, const QTimeZone& zone) {
 
 } // namespace
 
-Calendar::Calendar(QTimeZone timeZone, int firstWeekday)
-    : timeZone_(timeZone.isValid() ? std::move(timeZone) : QTimeZone::utc())
+Calendar::Calendar(const QTimeZone& timeZone, int firstWeekday)
+    : timeZone_(timeZone.isValid() ? timeZone : QTimeZone::utc())
     , firstWeekday_(firstWeekday) {}
 
 void Calendar::setTimeZone(const QTimeZone& timeZone) {

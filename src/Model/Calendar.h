@@ -15,7 +15,7 @@ namespace orvanta {
 class Calendar {
 public:
     /// `firstWeekday` is 1 for Sunday to 7 for Saturday.
-    explicit Calendar(QTimeZone timeZone, int firstWeekday = 1);
+    explicit Calendar(const QTimeZone& timeZone, int firstWeekday = 1);
 
     /// The person travelled, or set another zone.
     void setTimeZone(const QTimeZone& timeZone);

@@ -1,11 +1,22 @@
 #include "Model/DayActivityList.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace orvanta {
 
 DayActivityList::DayActivityList(KeyTable& keys)
     : keys_(keys) {}
+
+std::size_t DayActivityList::size() const {
+    complete();
+    return seconds_.size();
+}
+
+std::size_t DayActivityList::dayCount() const {
+    complete();
+    return days_.size();
+}
 
 std::optional<double> DayActivityList::seconds(Day day, KeyId key) const {
     const auto index = find(day, key);
@@ -50,6 +61,32 @@ std::vector<DayActivityList::Pending> DayActivityList::pending() const {
 }
 
 void DayActivityList::load(std::vector<Stored> records) {
+    older_ = nullptr;
+    changed_.clear();
+    build(std::move(records));
+}
+
+void DayActivityList::loadRecent(std::vector<Stored> records, Day since,
+                                 std::function<std::vector<Stored>()> older) {
+    load(std::move(records));
+    since_ = since;
+    older_ = std::move(older);
+}
+
+void DayActivityList::complete() const {
+    if (!older_) {
+        return;
+    }
+    std::vector<Stored> records = std::exchange(older_, nullptr)();
+    for (auto group = days_.cbegin(); group != days_.cend(); ++group) {
+        for (std::size_t index = group->first; index < endOf(group); ++index) {
+            records.push_back({group->day, recordKeys_[index], seconds_[index]});
+        }
+    }
+    build(std::move(records));
+}
+
+void DayActivityList::build(std::vector<Stored> records) const {
     // Nearly always they are sorted, and sorting takes as much memory again.
     if (!std::ranges::is_sorted(records, {}, &Stored::day)) {
         std::ranges::stable_sort(records, {}, &Stored::day);
@@ -58,7 +95,6 @@ void DayActivityList::load(std::vector<Stored> records) {
     days_.clear();
     recordKeys_.clear();
     seconds_.clear();
-    changed_.clear();
     recordKeys_.reserve(records.size());
     seconds_.reserve(records.size());
 
@@ -93,6 +129,9 @@ std::size_t DayActivityList::endOf(std::vector<Group>::const_iterator group) con
 }
 
 std::optional<std::size_t> DayActivityList::find(Day day, KeyId key) const {
+    if (day < since_) {
+        complete();
+    }
     const auto group = groupAt(day);
     if (group == days_.end() || group->day != day) {
         return std::nullopt;

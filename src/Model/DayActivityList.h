@@ -5,6 +5,7 @@
 
 #include <QHash>
 
+#include <functional>
 #include <optional>
 #include <span>
 #include <vector>
@@ -19,7 +20,7 @@ class DayActivityList {
 public:
     explicit DayActivityList(KeyTable& keys);
 
-    std::size_t size() const { return seconds_.size(); }
+    std::size_t size() const;
 
     /// The seconds of this day and key; absent when there is no such record.
     std::optional<double> seconds(Day day, KeyId key) const;
@@ -35,7 +36,7 @@ public:
         std::span<const double> seconds;
     };
     /// How many days have records; they count from the oldest, 0.
-    std::size_t dayCount() const { return days_.size(); }
+    std::size_t dayCount() const;
     OneDay oneDay(std::size_t index) const;
 
     /// Whether a record has changes that the store does not have.
@@ -60,6 +61,14 @@ public:
     /// records of the same day and key the first is kept.
     void load(std::vector<Stored> records);
 
+    /// As `load`, with the records from the day `since` on; the older ones, which a process seldom
+    /// needs in its first seconds, are asked of `older` when something asks for them.
+    void loadRecent(std::vector<Stored> records, Day since,
+                    std::function<std::vector<Stored>()> older);
+
+    /// Reads what `loadRecent` left for later. Does nothing when nothing is left.
+    void complete() const;
+
 private:
     struct Group {
         Day day;
@@ -74,15 +83,19 @@ private:
                               static_cast<std::uint32_t>(place.key));
         }
     };
+    void build(std::vector<Stored> records) const;
     std::vector<Group>::const_iterator groupAt(Day day) const;
     std::size_t endOf(std::vector<Group>::const_iterator group) const;
     std::optional<std::size_t> find(Day day, KeyId key) const;
     void insert(Day day, KeyId key, double seconds);
 
     KeyTable& keys_;
-    std::vector<Group> days_;
-    std::vector<KeyId> recordKeys_;
-    std::vector<double> seconds_;
+    // Whoever asks does not see whether the older records were there or have just been read.
+    mutable std::vector<Group> days_;
+    mutable std::vector<KeyId> recordKeys_;
+    mutable std::vector<double> seconds_;
+    mutable std::function<std::vector<Stored>()> older_;
+    Day since_;
     QHash<Place, bool> changed_; // Whether the record is new.
 };
 

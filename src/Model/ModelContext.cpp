@@ -111,7 +111,29 @@ void ModelContext::fetchActivities() {
     }
 }
 
-void ModelContext::fetchDayActivities() {
+void ModelContext::fetchDayActivities(Day since) {
+    // The unique index on ZID, which begins with the day, finds them.
+    auto recent = readDayActivities("SELECT ZDAY, ZKEY, ZSECONDS FROM ZDAYACTIVITY "
+                                    "WHERE ZID >= ?1 ORDER BY Z_PK",
+                                    since);
+    dayActivities_.loadRecent(std::move(recent), since,
+                              [this, since] { return readOlderDayActivities(since); });
+}
+
+std::vector<DayActivityList::Stored> ModelContext::readOlderDayActivities(Day since) {
+    try {
+        // The + keeps SQLite from the index, through which it would fetch row by row what it finds
+        // faster in the order of the table.
+        return readDayActivities("SELECT ZDAY, ZKEY, ZSECONDS FROM ZDAYACTIVITY "
+                                 "WHERE +ZID < ?1 OR ZID IS NULL ORDER BY Z_PK",
+                                 since);
+    } catch (const ModelError& error) {
+        historyError_ = error;
+        return {};
+    }
+}
+
+std::vector<DayActivityList::Stored> ModelContext::readDayActivities(const char* sql, Day since) {
     std::vector<DayActivityList::Stored> records;
     // Each day and key is read once, not for each of the many records that name it.
     std::string dayText;
@@ -119,12 +141,8 @@ void ModelContext::fetchDayActivities() {
     std::unordered_map<std::string, KeyId> seen;
     std::string key;
 
-    Statement count(database_, "SELECT Z_MAX FROM Z_PRIMARYKEY WHERE Z_ENT = 2");
-    Statement rows(database_, "SELECT ZDAY, ZKEY, ZSECONDS FROM ZDAYACTIVITY ORDER BY Z_PK");
-    if (count.step()) {
-        constexpr qint64 sensible = 1'000'000;
-        records.reserve(static_cast<std::size_t>(qBound(qint64{0}, count.integer(0), sensible)));
-    }
+    Statement rows(database_, sql);
+    rows.bind(1, since.text());
     while (rows.step()) {
         if (const QByteArrayView text = rows.utf8(0); text != QByteArrayView(dayText)) {
             dayText.assign(text.begin(), text.end());
@@ -141,7 +159,7 @@ void ModelContext::fetchDayActivities() {
         }
         records.push_back({*day, found->second, rows.real(2)});
     }
-    dayActivities_.load(std::move(records));
+    return records;
 }
 
 void ModelContext::save() {

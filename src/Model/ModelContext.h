@@ -6,6 +6,8 @@
 #include "Model/ModelError.h"
 
 #include <memory>
+#include <optional>
+#include <vector>
 
 namespace orvanta {
 
@@ -27,10 +29,15 @@ public:
     DayActivityList& dayActivities() { return dayActivities_; }
     const KeyTable& keys() const { return keys_; }
 
-    /// Reads all records of a type, in the store's order; called once, before any is made. On an
-    /// error, which is thrown as `ModelError`, the list stays empty.
+    /// Read all records of a type, in the store's order; each is called once, before any is made.
+    /// On an error, which is thrown as `ModelError`, the list stays empty.
     void fetchActivities();
-    void fetchDayActivities();
+    /// Day records from `since` on; the older ones, ten years of which take longer than all else at
+    /// a start, are read when something asks for them. Should that fail, `historyError` tells why,
+    /// and there are none.
+    void fetchDayActivities(Day since);
+
+    const std::optional<ModelError>& historyError() const { return historyError_; }
 
     bool hasChanges() const { return activities_.hasChanges() || dayActivities_.hasChanges(); }
 
@@ -41,10 +48,14 @@ public:
 private:
     struct Statements;
 
+    std::vector<DayActivityList::Stored> readDayActivities(const char* sql, Day since);
+    std::vector<DayActivityList::Stored> readOlderDayActivities(Day since);
+
     Database& database_;
     KeyTable keys_;
     ActivityList activities_;
     DayActivityList dayActivities_;
+    std::optional<ModelError> historyError_;
     std::unique_ptr<Statements> statements_;
 };
 

@@ -21,7 +21,7 @@ namespace orvanta {
 class PropertyList {
 public:
     /// The largest list that is parsed, in bytes; of XML only 1 MiB. Ours have a few hundred bytes.
-    static constexpr qsizetype maximumSize = 16 * 1024 * 1024;
+    static constexpr qsizetype maximumSize = qsizetype{16} * 1024 * 1024;
 
     PropertyList();
     PropertyList(const PropertyList& other);

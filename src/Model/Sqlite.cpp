@@ -109,7 +109,7 @@ bool Statement::step() {
     if (result != SQLITE_ROW && result != SQLITE_DONE) {
         const ModelError error = databaseError(database_.handle());
         sqlite3_reset(handle_.get());
-        throw error;
+        throw ModelError(error);
     }
     return result == SQLITE_ROW;
 }

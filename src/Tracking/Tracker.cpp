@@ -79,10 +79,19 @@ void Tracker::fetch() {
             QStringLiteral("Não foi possível ler os dados: ") + error.localizedDescription();
     }
     try {
-        context_.fetchDayActivities();
+        const Date date = currentDate();
+        context_.fetchDayActivities(calendar_.day(calendar_.addingDays(date, -1).value_or(date)));
     } catch (const ModelError& error) {
         storageError_ =
             QStringLiteral("Não foi possível ler o histórico: ") + error.localizedDescription();
+    }
+}
+
+void Tracker::completeHistory() {
+    dayRecords_.complete();
+    if (const auto& error = context_.historyError()) {
+        setStorageError(QStringLiteral("Não foi possível ler o histórico: ") +
+                        error->localizedDescription());
     }
 }
 

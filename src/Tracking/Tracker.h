@@ -63,6 +63,10 @@ public:
     /// Books the running stretch, saves and observes no more.
     void stop();
 
+    /// Reads the records of older days, which the construction leaves for later: ten years of them
+    /// take longer than the rest of a start. Whatever needs one earlier finds it all the same.
+    void completeHistory();
+
     /// Looks at what is in front and at the reasons not to count, books the seconds since the last
     /// look, and decides what is timed from now on.
     void refreshFocus();

@@ -140,6 +140,20 @@ TEST_F(DesktopEntriesTest, WhatIsInstalledLaterIsFoundWithoutAMainLoop) {
     EXPECT_TRUE(late.withId(QStringLiteral("newest")));
 }
 
+TEST_F(DesktopEntriesTest, AChangeThatTheFoldersTimeDoesNotShowYetIsFound) {
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    const auto stamp = [&] {
+        const std::array times{now, now};
+        ASSERT_EQ(::utimensat(AT_FDCWD, system.path().toUtf8().constData(), times.data(), 0), 0);
+    };
+    stamp();
+    EXPECT_FALSE(entries.withId(QStringLiteral("new")));
+    system.writeEntry(QStringLiteral("new"));
+    stamp(); // as if within one tick of the file system's clock
+    EXPECT_TRUE(entries.withId(QStringLiteral("new")));
+}
+
 TEST_F(DesktopEntriesTest, UnchangedFoldersAreNotReadAgain) {
     system.writeEntry(QStringLiteral("app"), "StartupWMClass=Before\n");
     const auto age = [&] {

@@ -219,7 +219,13 @@ TEST_F(X11WindowWatcherTest, AWindowManagerMustBeAliveAndTellTheActiveWindow) {
     watcher.emplace(server.display(), loop);
     EXPECT_EQ(watcher->state(), State::Waiting);
     // What a window manager that was killed may leave behind, and one that is half there.
-    client.set(client.root(), "_NET_SUPPORTING_WM_CHECK", "WINDOW", {0xdeadbeef});
+    for (const xcb_window_t check : {client.root(), xcb_window_t{0xdeadbeef}}) {
+        client.set(client.root(), "_NET_SUPPORTING_WM_CHECK", "WINDOW", {check});
+        watcher.emplace(server.display(), loop);
+        EXPECT_EQ(watcher->state(), State::Waiting);
+    }
+    client.set(client.root(), "_NET_SUPPORTING_WM_CHECK", "WINDOW", {client.root()});
+    watcher.emplace(server.display(), loop);
     windowManager.emplace(server);
     ASSERT_TRUE(becomes(State::Watching));
     windowManager->support({"_NET_SUPPORTED"});

@@ -29,10 +29,12 @@ class StoreTest : public testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(directory.isValid()); }
 
-    std::unique_ptr<ModelContainer> open() const {
+    /// With the records from a day in the middle of what most tests file, and so both ways of
+    /// reading them.
+    std::unique_ptr<ModelContainer> open(Day since = {2024, 3, 6}) const {
         auto container = ActivityStore::open(directory.path());
         container->mainContext().fetchActivities();
-        container->mainContext().fetchDayActivities();
+        container->mainContext().fetchDayActivities(since);
         return container;
     }
 

@@ -132,6 +132,13 @@ TEST_F(TrackerSavingTest, TellsWhichRecordsCouldNotBeReadAndTracksAllTheSame) {
               QStringLiteral("Não foi possível ler o histórico: no such column: ZDAY"));
     EXPECT_EQ(world.seconds("app:a"), 5);
     other.run("ALTER TABLE ZDAYACTIVITY RENAME COLUMN ZAWAY TO ZDAY");
+    world.restart();
+    EXPECT_FALSE(world.tracker->storageError());
+    other.run("ALTER TABLE ZDAYACTIVITY RENAME COLUMN ZDAY TO ZAWAY");
+    world.tracker->completeHistory(); // The older days are read later.
+    EXPECT_EQ(world.tracker->storageError(),
+              QStringLiteral("Não foi possível ler o histórico: no such column: ZDAY"));
+    other.run("ALTER TABLE ZDAYACTIVITY RENAME COLUMN ZAWAY TO ZDAY");
     other.run("ALTER TABLE ZACTIVITY RENAME COLUMN ZNAME TO ZAWAY");
     world.tracker.reset();
     world.container.reset();

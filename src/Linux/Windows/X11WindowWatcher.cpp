@@ -246,8 +246,11 @@ void X11WindowWatcher::note(const xcb_generic_event_t& event) {
 
 void X11WindowWatcher::readWindowManager() {
     xcb_connection_t* const c = connection_.get();
-    const xcb_window_t check =
+    xcb_window_t check =
         firstWord(PropertyRequest(c, root_, atoms_[SupportingWmCheck], 1).reply(), XCB_ATOM_WINDOW);
+    if (check == root_) {
+        check = XCB_WINDOW_NONE; // Nonsense, and what we listen to there is not to be touched.
+    }
     if (check_ != XCB_WINDOW_NONE && check_ != check) {
         select(check_, XCB_EVENT_MASK_NO_EVENT);
     }
@@ -269,7 +272,7 @@ void X11WindowWatcher::readWindowManager() {
 /// The property on the root window outlives its window manager; only a check window that names
 /// itself is alive.
 bool X11WindowWatcher::isWindowManager(xcb_window_t check) const {
-    if (check == XCB_WINDOW_NONE || check == root_) {
+    if (check == XCB_WINDOW_NONE) {
         return false;
     }
     xcb_connection_t* const c = connection_.get();
