@@ -1,8 +1,11 @@
 #include "Linux/Display.h"
 
+#include <QGuiApplication>
 #include <QtGlobal>
 
 #include <xcb/xcb.h>
+
+#include <cstdlib>
 
 namespace orvanta {
 
@@ -14,6 +17,27 @@ bool hasDisplay() {
     const bool connected = xcb_connection_has_error(connection) == 0;
     xcb_disconnect(connection);
     return connected;
+}
+
+void ignoreRootWindowProperties() {
+    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    if (x11 == nullptr) {
+        return;
+    }
+    xcb_connection_t* connection = x11->connection();
+    for (auto screen = xcb_setup_roots_iterator(xcb_get_setup(connection)); screen.rem > 0;
+         xcb_screen_next(&screen)) {
+        const xcb_window_t root = screen.data->root;
+        auto* attributes = xcb_get_window_attributes_reply(
+            connection, xcb_get_window_attributes(connection, root), nullptr);
+        if (attributes != nullptr) {
+            const uint32_t events =
+                attributes->your_event_mask & ~uint32_t{XCB_EVENT_MASK_PROPERTY_CHANGE};
+            xcb_change_window_attributes(connection, root, XCB_CW_EVENT_MASK, &events);
+            std::free(attributes);
+        }
+    }
+    xcb_flush(connection);
 }
 
 } // namespace orvanta

@@ -3,11 +3,15 @@
 #include "Linux/Applications/DesktopEntries.h"
 #include "Linux/LinuxWorkspace.h"
 #include "Linux/MainLoop/QtMainLoop.h"
+#include "Linux/Presence/DayChange.h"
+#include "Linux/Presence/Presence.h"
 #include "Linux/Windows/WindowWatcher.h"
 #include "Platform/NotificationCenter.h"
 #include "Platform/Platform.h"
+#include "Platform/StatusItem.h"
 
 #include <QObject>
+#include <QTimeZone>
 
 #include <memory>
 
@@ -27,11 +31,21 @@ public:
     /// Refers to this object.
     Platform platform();
 
+    /// The application's one place in the status area, shown as soon as the desktop has one. Needs
+    /// a QApplication; this object outlives it.
+    std::unique_ptr<StatusItem> makeStatusItem(StatusItem::Handlers handlers);
+
+    /// Begins to announce absence and the day change on the notification centres, first of all what
+    /// already holds. To be called once, when those who want to hear it observe the centres.
+    void startPresence();
+
     /// Whether it is known which window is in front.
     WindowWatcher::State windowWatching() const { return watcher_->state(); }
 
 Q_SIGNALS:
     void windowWatchingChanged();
+    /// The local time zone is another. Comes before the day change that is announced because of it.
+    void timeZoneChanged(const QTimeZone& zone);
 
 private:
     QtMainLoop mainLoop_;
@@ -41,6 +55,8 @@ private:
     std::unique_ptr<WindowWatcher> watcher_;
     DesktopEntries entries_;
     LinuxWorkspace workspace_;
+    std::unique_ptr<Presence> presence_;
+    std::unique_ptr<DayChange> dayChange_;
 };
 
 } // namespace orvanta

@@ -5,6 +5,7 @@
 #include <xcb/res.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <span>
@@ -17,6 +18,10 @@ namespace {
 
 /// How long after the start a desktop may take to bring up its window manager.
 constexpr MainLoop::Duration windowManagerPatience{10.0};
+
+/// A switch comes as a handful of changes within a millisecond or two: they are waited for and read
+/// together, which saves most of the wake-ups.
+constexpr std::chrono::milliseconds gathering{10};
 
 /// Window managers publish "none" before each switch; it counts once it has stood this long.
 constexpr MainLoop::Duration noneSettling{0.1};
@@ -110,13 +115,18 @@ X11WindowWatcher::X11WindowWatcher(const QByteArray& display, MainLoop& mainLoop
     setState(State::Waiting);
     readable_ = std::make_unique<QSocketNotifier>(xcb_get_file_descriptor(connection_.get()),
                                                   QSocketNotifier::Read);
-    connect(readable_.get(), &QSocketNotifier::activated, this, [this] { process(); });
+    connect(readable_.get(), &QSocketNotifier::activated, this, [this] {
+        readable_->setEnabled(false);
+        gather_.start();
+    });
     patience_ = mainLoop_.once(windowManagerPatience, [this] {
         patience_.reset();
         setState(State::Unsupported);
     });
-    again_.setSingleShot(true);
-    connect(&again_, &QTimer::timeout, this, [this] { process(); });
+    gather_.setSingleShot(true);
+    gather_.setTimerType(Qt::PreciseTimer);
+    gather_.setInterval(gathering);
+    connect(&gather_, &QTimer::timeout, this, [this] { process(); });
     readWindowManager();
     settle();
 }
@@ -199,7 +209,7 @@ void X11WindowWatcher::process() {
 }
 
 /// Leaves nothing behind that the socket would not announce: reading a reply can bring events
-/// along. They are served from the main loop, so that a client which floods us starves nobody.
+/// along. They are gathered anew, so that a client which floods us starves nobody.
 void X11WindowWatcher::settle() {
     xcb_flush(connection_.get());
     while (const auto event = owned(xcb_poll_for_queued_event(connection_.get()))) {
@@ -208,13 +218,15 @@ void X11WindowWatcher::settle() {
     if (xcb_connection_has_error(connection_.get()) != 0) {
         end();
     } else if (windowManagerMoved_ || activeWindowMoved_) {
-        again_.start();
+        gather_.start();
+    } else {
+        readable_->setEnabled(true);
     }
 }
 
 void X11WindowWatcher::end() {
     readable_->setEnabled(false); // A closed socket stays readable.
-    again_.stop();
+    gather_.stop();
     patience_.reset();
     noneSettles_.reset();
     setActiveWindow(std::nullopt);

@@ -77,7 +77,7 @@ private:
     xcb_window_t awaitingClass_ = XCB_WINDOW_NONE; ///< active, but nameless so far
     bool windowManagerMoved_ = false;
     bool activeWindowMoved_ = false;
-    QTimer again_; ///< at once, but from the main loop
+    QTimer gather_; ///< from the first event of several until they are read together
 
     std::unique_ptr<MainLoopTimer> patience_;
     std::unique_ptr<MainLoopTimer> noneSettles_;

@@ -1,0 +1,126 @@
+#include "Linux/StatusNotifier/SystemTray.h"
+
+#include "Linux/StatusNotifier/StatusImage.h"
+
+#include <QGuiApplication>
+#include <QIcon>
+#include <QPixmap>
+
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+namespace orvanta {
+
+namespace {
+
+template <typename Reply>
+using XReply = std::unique_ptr<Reply, decltype(&std::free)>;
+
+xcb_connection_t* qtsConnection() {
+    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    return x11 != nullptr ? x11->connection() : nullptr;
+}
+
+xcb_atom_t atom(xcb_connection_t* connection, std::string_view name) {
+    const XReply<xcb_intern_atom_reply_t> reply(
+        xcb_intern_atom_reply(
+            connection,
+            xcb_intern_atom(connection, 0, static_cast<uint16_t>(name.size()), name.data()),
+            nullptr),
+        &std::free);
+    return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+}
+
+} // namespace
+
+SystemTrayManager::SystemTrayManager(std::function<void()> appeared)
+    : appeared_(std::move(appeared))
+    , connection_(qtsConnection()) {
+    if (connection_ != nullptr) {
+        manager_ = atom(connection_, "MANAGER");
+        // As Qt does; a second screen of the old kind has no tray.
+        selection_ = atom(connection_, "_NET_SYSTEM_TRAY_S0");
+        // Qt has selected for these events already.
+        qGuiApp->installNativeEventFilter(this);
+    }
+}
+
+SystemTrayManager::~SystemTrayManager() {
+    if (qGuiApp != nullptr) {
+        qGuiApp->removeNativeEventFilter(this);
+    }
+}
+
+bool SystemTrayManager::isThere() const {
+    if (connection_ == nullptr) {
+        return false;
+    }
+    const XReply<xcb_get_selection_owner_reply_t> reply(
+        xcb_get_selection_owner_reply(connection_, xcb_get_selection_owner(connection_, selection_),
+                                      nullptr),
+        &std::free);
+    return reply && reply->owner != XCB_WINDOW_NONE;
+}
+
+bool SystemTrayManager::nativeEventFilter(const QByteArray& /*eventType*/, void* message,
+                                          qintptr* /*result*/) {
+    constexpr uint8_t sent = 0x80; // by another client
+    const auto* event = static_cast<xcb_generic_event_t*>(message);
+    if ((event->response_type & ~sent) == XCB_CLIENT_MESSAGE) {
+        const auto* client = static_cast<xcb_client_message_event_t*>(message);
+        if (client->format == 32 && client->type == manager_ &&
+            client->data.data32[1] == selection_) {
+            appeared_();
+        }
+    }
+    return false;
+}
+
+EmbeddedStatusItem::EmbeddedStatusItem(const StatusItem::Handlers& handlers)
+    : handlers_(handlers) {
+    QObject::connect(&menu_, &QMenu::aboutToShow, &menu_, [this] { fillMenu(); });
+    QObject::connect(&icon_, &QSystemTrayIcon::activated, &icon_,
+                     [this](QSystemTrayIcon::ActivationReason reason) {
+                         if (reason == QSystemTrayIcon::Trigger) {
+                             const QRect place = icon_.geometry();
+                             handlers_.activate(place.isValid() ? std::optional(place.center())
+                                                                : std::nullopt);
+                         }
+                     });
+    icon_.setContextMenu(&menu_);
+}
+
+void EmbeddedStatusItem::setTitle(const StatusTitle& title) {
+    QIcon icon;
+    for (const int edge : statusImageEdges) {
+        icon.addPixmap(QPixmap::fromImage(statusImage(title, edge)));
+    }
+    icon_.setIcon(icon);
+    icon_.show(); // Not before there is an image: Qt would complain.
+}
+
+void EmbeddedStatusItem::fillMenu() {
+    menu_.clear();
+    for (const StatusMenuItem& item : handlers_.menu()) {
+        if (item.text.isEmpty()) {
+            menu_.addSeparator();
+            continue;
+        }
+        QString label = item.text;
+        label.replace(QLatin1Char('&'), QLatin1String("&&")); // One alone marks an access key.
+        QAction* action = menu_.addAction(label);
+        action->setCheckable(item.checked.has_value());
+        action->setChecked(item.checked.value_or(false));
+        action->setEnabled(static_cast<bool>(item.action));
+        if (item.action) {
+            QObject::connect(action, &QAction::triggered, &menu_, item.action,
+                             Qt::QueuedConnection);
+        }
+    }
+}
+
+} // namespace orvanta

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QPoint>
+#include <QString>
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace orvanta {
+
+/// What the status item shows: an arrow and the two shares, for example "↑ 63/37".
+struct StatusTitle {
+    /// How the person should take it at a glance.
+    enum class Tone { secondary, production, consumption };
+
+    QString symbol;           ///< one character: "↑", "↓" or "Ⅱ"
+    QString productionShare;  ///< a whole number of percent, or "—"
+    QString consumptionShare; ///< a whole number of percent, or "—"
+    Tone tone = Tone::secondary;
+
+    QString text() const {
+        return symbol + QLatin1Char(' ') + productionShare + QLatin1Char('/') + consumptionShare;
+    }
+
+    friend bool operator==(const StatusTitle&, const StatusTitle&) = default;
+};
+
+/// One entry of the status item's menu.
+struct StatusMenuItem {
+    QString text; ///< empty for a separator
+    std::function<void()> action;
+    std::optional<bool> checked; ///< present for an entry that can be checked
+};
+
+/// The application's place in the desktop's status area.
+class StatusItem {
+public:
+    struct Handlers {
+        /// A left click, at this place of the screen where the desktop tells one.
+        std::function<void(std::optional<QPoint>)> activate;
+        /// Gives the menu, asked anew each time it is about to be shown.
+        std::function<std::vector<StatusMenuItem>()> menu;
+    };
+
+    virtual ~StatusItem() = default;
+    StatusItem(const StatusItem&) = delete;
+    StatusItem& operator=(const StatusItem&) = delete;
+
+    virtual void setTitle(const StatusTitle& title) = 0;
+
+    /// What it says in words; also its accessible name.
+    virtual void setToolTip(const QString& text) = 0;
+
+protected:
+    StatusItem() = default;
+};
+
+} // namespace orvanta

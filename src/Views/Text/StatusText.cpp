@@ -1,0 +1,57 @@
+#include "Views/Text/StatusText.h"
+
+#include "Model/DurationText.h"
+
+#include <array>
+#include <cstdio>
+
+namespace orvanta {
+
+namespace {
+
+/// A share as C's "%.0f" of its percent: halves go to the even number.
+QString percent(double share) {
+    std::array<char, 8> digits{};
+    std::snprintf(digits.data(), digits.size(), "%.0f", share * 100);
+    return QString::fromLatin1(digits.data());
+}
+
+} // namespace
+
+StatusTitle statusTitle(const StatusTotals& totals, bool paused) {
+    const QString up = QStringLiteral("↑");
+    const QString pause = QStringLiteral("Ⅱ");
+    const double counted = totals.production + totals.consumption;
+    if (counted <= 0) {
+        const QString none = QStringLiteral("—");
+        return {paused ? pause : up, none, none, StatusTitle::Tone::secondary};
+    }
+    const double production = totals.production / counted;
+    StatusTitle title{pause, percent(production), percent(1 - production),
+                      StatusTitle::Tone::secondary};
+    if (!paused) {
+        const bool half = production >= 0.5;
+        title.symbol = half ? up : QStringLiteral("↓");
+        title.tone = half ? StatusTitle::Tone::production : StatusTitle::Tone::consumption;
+    }
+    return title;
+}
+
+QString statusToolTip(const StatusTotals& totals, bool paused) {
+    const double counted = totals.production + totals.consumption;
+    QString text = QStringLiteral("orvanta · ");
+    if (counted > 0) {
+        const double production = totals.production / counted;
+        text += QStringLiteral("Produção ") + percent(production) + QStringLiteral("% · Consumo ") +
+                percent(1 - production) + QLatin1Char('%');
+    } else {
+        text += QStringLiteral("Sem dados classificados");
+    }
+    text += QStringLiteral(" · ") + duration(counted + totals.pending);
+    if (paused) {
+        text += QStringLiteral(" · Pausado");
+    }
+    return text + QStringLiteral(" · Clique direito para Ajustes");
+}
+
+} // namespace orvanta
