@@ -6,6 +6,7 @@
 #include "Model/PreferencesMigration.h"
 #include "Platform/Workspace.h"
 #include "Tracking/FrontmostProbe.h"
+#include "Views/Text/StatusText.h"
 #include "WindowWatchingText.h"
 
 #include <QCoreApplication>
@@ -55,7 +56,22 @@ bool AppDelegate::applicationDidFinishLaunching() {
         [](const QString&) { return std::optional<BrowserDialect>(); }, systemUptime,
         [] { return Date::from(std::chrono::system_clock::now()); }, calendar_,
         [&workspace = platform.workspace] { return frontmostFocus(workspace); }, platform);
+
+    status_ = platform_.makeStatusItem({.activate = [](std::optional<QPoint>) {},
+                                        .menu =
+                                            [this] {
+                                                return statusMenu();
+                                            }});
+    connect(tracker_.get(), &Tracker::revisionChanged, this, &AppDelegate::updateStatus);
+    updateStatus();
+
+    connect(&platform_, &LinuxPlatform::timeZoneChanged, this,
+            [this](const QTimeZone& zone) { calendar_.setTimeZone(zone); });
     tracker_->start();
+    platform_.startPresence();
+    // When the desktop has come up, and before anybody looks at the history.
+    constexpr MainLoop::Duration later{5};
+    historyTimer_ = platform.mainLoop.once(later, [this] { tracker_->completeHistory(); });
 
     connect(&platform_, &LinuxPlatform::windowWatchingChanged, this,
             &AppDelegate::windowWatchingChanged);
@@ -67,6 +83,30 @@ void AppDelegate::applicationWillTerminate() {
     if (tracker_) {
         tracker_->stop();
     }
+}
+
+void AppDelegate::applicationWasStartedAgain() {
+    windowWatchingChanged();
+}
+
+void AppDelegate::updateStatus() {
+    const StatusTotals totals{tracker_->total(Category::production),
+                              tracker_->total(Category::consumption),
+                              tracker_->total(Category::pending)};
+    const StatusTitle title = statusTitle(totals, tracker_->paused());
+    if (title_ != title) {
+        title_ = title;
+        status_->setTitle(title);
+    }
+    const QString toolTip = statusToolTip(totals, tracker_->paused());
+    if (toolTip_ != toolTip) {
+        toolTip_ = toolTip;
+        status_->setToolTip(toolTip);
+    }
+}
+
+std::vector<StatusMenuItem> AppDelegate::statusMenu() const {
+    return {{QStringLiteral("Sair do orvanta"), [] { QCoreApplication::quit(); }, {}}};
 }
 
 void AppDelegate::windowWatchingChanged() {

@@ -3,12 +3,16 @@
 #include "Model/Calendar.h"
 #include "Model/ModelContainer.h"
 #include "Model/UserDefaults.h"
+#include "Platform/MainLoop.h"
+#include "Platform/StatusItem.h"
 #include "Tracking/Tracker.h"
 #include "UnknownBrowsers.h"
 
 #include <QObject>
 
 #include <memory>
+#include <optional>
+#include <vector>
 
 namespace orvanta {
 
@@ -27,11 +31,16 @@ public:
     /// been told, and the application is to end.
     bool applicationDidFinishLaunching();
 
+    /// Somebody started Orvanta while it was running: what has to be said is said again.
+    void applicationWasStartedAgain();
+
     /// Books and saves the running stretch. May be called again.
     void applicationWillTerminate();
 
 private:
     void windowWatchingChanged();
+    void updateStatus();
+    std::vector<StatusMenuItem> statusMenu() const;
 
     LinuxPlatform& platform_;
     UserDefaults defaults_;
@@ -39,6 +48,10 @@ private:
     UnknownBrowsers reader_;
     std::unique_ptr<ModelContainer> container_;
     std::unique_ptr<Tracker> tracker_;
+    std::unique_ptr<StatusItem> status_;
+    std::optional<StatusTitle> title_;
+    QString toolTip_;
+    std::unique_ptr<MainLoopTimer> historyTimer_;
 };
 
 } // namespace orvanta

@@ -232,7 +232,15 @@ class Desktop:
         """Returns the moment of its end. Of the desktop only close() works afterwards."""
         self.server.kill()
         self.server.wait()
-        return time.monotonic()
+        ended = time.monotonic()
+        # It could not tidy up itself. Another server may already have taken the number over.
+        number = self.environment["DISPLAY"].removeprefix(":")
+        lock = pathlib.Path(f"/tmp/.X{number}-lock")
+        with contextlib.suppress(FileNotFoundError):
+            if lock.read_text().strip() == str(self.server.pid):
+                pathlib.Path(f"/tmp/.X11-unix/X{number}").unlink(missing_ok=True)
+                lock.unlink()
+        return ended
 
     def _start_spy(self):
         self._spy = self.spawn(["xprop", "-root", "-spy", "_NET_ACTIVE_WINDOW"],
