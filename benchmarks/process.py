@@ -21,6 +21,9 @@ STRETCH = 10.0
 # Starting up is not measured: the desktop entries are read, the first pages touched.
 SETTLING = 10.0
 
+# By then all that a change in front brings about is over.
+QUIET_AFTER = 2.0
+
 MIB = 1024 * 1024
 
 
@@ -61,6 +64,7 @@ class Cost:
             waits += thread_waits - earlier[1]
         an_hour = 3600 / self.seconds
         self.cpu = running * an_hour
+        self.waits = waits
         self.wakeups = waits / self.seconds
         self.pss = last.memory["Pss"]
         self.private_dirty = last.memory["Private_Dirty"]
@@ -75,6 +79,7 @@ class Measurement:
         self.place = desktop.Desktop(time_zone=desktop.zone_far_from_midnight())
         self.executable = executable
         self.store = store
+        self.neighbours = []
 
     def __enter__(self):
         self.place.open()
@@ -102,20 +107,30 @@ class Measurement:
         return Reading(self.process.process.pid)
 
     def take_turns(self, seconds):
-        """The cost of that time, what is in front changing every ten seconds."""
+        """The cost of that time, what is in front changing every ten seconds, and how often it woke
+        a second while nothing changed."""
         self._turn_for(SETTLING)
         first = self.read()
-        self._turn_for(seconds)
-        return Cost(first, self.read())
+        quiet = self._turn_for(seconds)
+        cost = Cost(first, self.read())
+        self.neighbours = qt_neighbours(self.process.process.pid)
+        waits = sum(part.waits for part in quiet)
+        return cost, waits / sum(part.seconds for part in quiet)
 
     def _turn_for(self, seconds):
+        """The costs of the parts of that time in which nothing changed."""
+        quiet = []
         began = time.monotonic()
         done = 0.0
         while done < seconds:
             self.windows.reverse()
             self.place.activate(self.windows[0])
-            done = min(done + STRETCH, seconds)
+            desktop.sleep_until(began + done + QUIET_AFTER)
+            first = self.read()
+            done += STRETCH
             desktop.sleep_until(began + done)
+            quiet.append(Cost(first, self.read()))
+        return quiet
 
     def stay_idle(self, seconds):
         """The cost of that time with no window at all."""
@@ -126,10 +141,12 @@ class Measurement:
         return Cost(first, self.read())
 
 
-def qt_neighbours():
-    """Other processes that have Qt loaded, whose pages would be shared with what is measured."""
+def qt_neighbours(measured):
+    """Other processes that have Qt loaded, and so share its pages with the one that is measured."""
     found = []
     for maps in pathlib.Path("/proc").glob("[0-9]*/maps"):
+        if maps.parent.name == str(measured):
+            continue
         try:
             if "libQt6Core" in maps.read_text():
                 found.append(f"{(maps.parent / 'comm').read_text().strip()} ({maps.parent.name})")
@@ -155,8 +172,9 @@ def print_table(rows):
 def parse():
     build = pathlib.Path(__file__).resolve().parent.parent / "build" / "release"
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("--seconds", type=float, default=60,
-                        help="how long to measure each (default 60; 600 is steadier)")
+    parser.add_argument("--seconds", type=int, default=60,
+                        help="how long to measure each, in whole stretches of ten seconds "
+                             "(default 60; 600 is steadier)")
     parser.add_argument("--idle", action="store_true",
                         help="measure as long again with no window in front")
     parser.add_argument("--store", type=pathlib.Path,
@@ -171,17 +189,16 @@ def main():
     desktop.end_on_signals()
     if arguments.store and not arguments.store.is_file():
         sys.exit(f"process.py: {arguments.store} is not there")
-    neighbours = qt_neighbours()
     idle = bare_idle = None
     try:
         with Measurement(arguments.executable, arguments.store) as orvanta:
             orvanta.start()
-            cost = orvanta.take_turns(arguments.seconds)
+            cost, quiet_wakeups = orvanta.take_turns(arguments.seconds)
             if arguments.idle:
                 idle = orvanta.stay_idle(arguments.seconds)
         with Measurement(arguments.bare) as process:
             process.start()
-            bare = process.take_turns(arguments.seconds)
+            bare, bare_quiet_wakeups = process.take_turns(arguments.seconds)
             if arguments.idle:
                 bare_idle = process.stay_idle(arguments.seconds)
     except desktop.DesktopError as error:
@@ -192,6 +209,8 @@ def main():
     rows = [
         ("CPU, seconds an hour", number(cost.cpu), "0.8", number(bare.cpu)),
         ("wake-ups a second", number(cost.wakeups), "1.4", number(bare.wakeups)),
+        ("wake-ups a second, the same in front", number(quiet_wakeups), "1.4",
+         number(bare_quiet_wakeups)),
         ("PSS, MB (a year of history / ten)", number(cost.pss), "24 / 27", number(bare.pss)),
         ("private dirty, MB (a year / ten)", number(cost.private_dirty), "5 / 8",
          number(bare.private_dirty)),
@@ -212,8 +231,9 @@ def main():
           "and\n    event counters too, so a little more than the file system's part.")
     print("(2) write_bytes of /proc/PID/io: whole pages, and nothing where temporary files are in "
           "memory.")
+    neighbours = sorted({*orvanta.neighbours, *process.neighbours})
     if neighbours:
-        print(f"The PSS is too small: Qt is also loaded by {', '.join(neighbours)}.")
+        print(f"The PSS is too small: Qt was also loaded by {', '.join(neighbours)}.")
 
 
 if __name__ == "__main__":
