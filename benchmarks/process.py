@@ -203,6 +203,8 @@ def main():
                 bare_idle = process.stay_idle(arguments.seconds)
     except desktop.DesktopError as error:
         sys.exit(f"process.py: {error}")
+    except KeyboardInterrupt:
+        sys.exit("process.py: interrupted")
 
     print(f"{cost.seconds:.0f} s, another window in front every {STRETCH:.0f} s, "
           f"{'a new store' if not arguments.store else arguments.store}")

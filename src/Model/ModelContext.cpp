@@ -112,9 +112,10 @@ void ModelContext::fetchActivities() {
 }
 
 void ModelContext::fetchDayActivities(Day since) {
-    // The unique index on ZID, which begins with the day, finds them.
+    // The unique index on ZID, which begins with the day, finds them; the + keeps SQLite from going
+    // through the whole table instead because that is in order.
     auto recent = readDayActivities("SELECT ZDAY, ZKEY, ZSECONDS FROM ZDAYACTIVITY "
-                                    "WHERE ZID >= ?1 ORDER BY Z_PK",
+                                    "WHERE ZID >= ?1 ORDER BY +Z_PK",
                                     since);
     dayActivities_.loadRecent(std::move(recent), since,
                               [this, since] { return readOlderDayActivities(since); });

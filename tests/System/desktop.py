@@ -265,8 +265,11 @@ class Desktop:
 
     def run(self, *command):
         """A short command on this desktop; its standard output."""
-        result = subprocess.run(command, env=self.environment, stdin=subprocess.DEVNULL,
-                                capture_output=True, text=True, timeout=DEADLINE)
+        try:
+            result = subprocess.run(command, env=self.environment, stdin=subprocess.DEVNULL,
+                                    capture_output=True, text=True, timeout=DEADLINE)
+        except subprocess.TimeoutExpired:
+            raise DesktopError(f"{' '.join(command)}: not within {DEADLINE:g} s") from None
         if result.returncode != 0:
             raise DesktopError(f"{' '.join(command)}: {result.stderr.strip()}")
         return result.stdout
