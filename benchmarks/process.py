@@ -7,6 +7,7 @@ each other's PSS.
 
 import argparse
 import pathlib
+import plistlib
 import shutil
 import sys
 import time
@@ -141,6 +142,32 @@ class Measurement:
         return Cost(first, self.read())
 
 
+    def rest(self, seconds):
+        """What it costs while it counts nothing although a window is in front."""
+        desktop.sleep_until(time.monotonic() + SETTLING)
+        first = self.read()
+        desktop.sleep_until(time.monotonic() + seconds)
+        return Cost(first, self.read())
+
+
+def resting(arguments):
+    """Wake-ups while the person has paused, and while the displays are off."""
+    with Measurement(arguments.executable, arguments.store) as orvanta:
+        preferences = pathlib.Path(orvanta.place.environment["XDG_CONFIG_HOME"],
+                                   f"{desktop.DOMAIN}.plist")
+        preferences.write_bytes(plistlib.dumps({"paused": True}, fmt=plistlib.FMT_BINARY))
+        orvanta.start()
+        paused = orvanta.rest(arguments.seconds)
+    with Measurement(arguments.executable, arguments.store) as orvanta:
+        orvanta.start()
+        desktop.sleep_until(time.monotonic() + SETTLING)
+        orvanta.place.run("xset", "s", "activate")
+        away = orvanta.rest(arguments.seconds)
+    print(f"{arguments.seconds:.0f} s each, wake-ups a second (budget 0.05) and CPU seconds an hour")
+    print(f"  paused        {number(paused.wakeups)}  {number(paused.cpu)}")
+    print(f"  displays off  {number(away.wakeups)}  {number(away.cpu)}")
+
+
 def qt_neighbours(measured):
     """Other processes that have Qt loaded, and so share its pages with the one that is measured."""
     found = []
@@ -177,6 +204,8 @@ def parse():
                              "(default 60; 600 is steadier)")
     parser.add_argument("--idle", action="store_true",
                         help="measure as long again with no window in front")
+    parser.add_argument("--resting", action="store_true",
+                        help="measure only the rest: paused, and with the displays off")
     parser.add_argument("--store", type=pathlib.Path,
                         help="start from a copy of this store")
     parser.add_argument("--executable", type=pathlib.Path, default=build / "orvanta")
@@ -191,6 +220,9 @@ def main():
         sys.exit(f"process.py: {arguments.store} is not there")
     idle = bare_idle = None
     try:
+        if arguments.resting:
+            resting(arguments)
+            return
         with Measurement(arguments.executable, arguments.store) as orvanta:
             orvanta.start()
             cost, quiet_wakeups = orvanta.take_turns(arguments.seconds)

@@ -75,7 +75,11 @@ public:
                       const QVariantList& arguments = {}) {
         const QDBusPendingCallWatcher pending(
             connection_.asyncCall(toItem(path, interface, method, arguments)));
-        EXPECT_TRUE(eventually([&pending] { return pending.isFinished(); })) << method;
+        // Not `isFinished`: that is true before the signals that came first have been delivered.
+        bool heard = false;
+        QObject::connect(&pending, &QDBusPendingCallWatcher::finished, &pending,
+                         [&heard] { heard = true; });
+        EXPECT_TRUE(eventually([&heard] { return heard; })) << method;
         return pending.reply();
     }
     /// Without waiting for the answer.
