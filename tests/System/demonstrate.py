@@ -7,6 +7,7 @@ import pathlib
 import sys
 
 import desktop
+import panels
 
 STRETCH = 5.0
 IN_XTERM = ("date", "ls /usr/share/applications", "echo working")
@@ -30,6 +31,8 @@ def print_table(title, heads, rows):
 
 
 def work(place, orvanta, screenshot):
+    panel = panels.XfcePanel(place)
+    panel.start()
     xterm = place.launch_xterm()
     mousepad = place.launch_mousepad()
     place.move(mousepad, 620, 560, 640, 220)
@@ -44,6 +47,7 @@ def work(place, orvanta, screenshot):
             place.screenshot(screenshot)
         desktop.sleep_until(began + (number + 1) * STRETCH)
     asked, code = orvanta.ask_to_end()
+    panel.close()
     if code != 0:
         raise desktop.DesktopError(f"Orvanta ended with {code}: {orvanta.complaints()}")
     return asked - began
