@@ -14,6 +14,8 @@
 #include <QMessageBox>
 #include <QStandardPaths>
 
+#include <malloc.h>
+
 #include <chrono>
 
 namespace orvanta {
@@ -71,7 +73,10 @@ bool AppDelegate::applicationDidFinishLaunching() {
     platform_.startPresence();
     // When the desktop has come up, and before anybody looks at the history.
     constexpr MainLoop::Duration later{5};
-    historyTimer_ = platform.mainLoop.once(later, [this] { tracker_->completeHistory(); });
+    historyTimer_ = platform.mainLoop.once(later, [this] {
+        tracker_->completeHistory();
+        ::malloc_trim(0); // What reading took and no one needs any more goes back to the system.
+    });
 
     connect(&platform_, &LinuxPlatform::windowWatchingChanged, this,
             &AppDelegate::windowWatchingChanged);

@@ -95,8 +95,10 @@ void DayActivityList::build(std::vector<Stored> records) const {
     days_.clear();
     recordKeys_.clear();
     seconds_.clear();
-    recordKeys_.reserve(records.size());
-    seconds_.reserve(records.size());
+    // With room for some months, so that the next record does not move ten years of them.
+    constexpr std::size_t room = 8192;
+    recordKeys_.reserve(records.size() + room);
+    seconds_.reserve(records.size() + room);
 
     std::vector<Day> lastDayOfKey;
     for (const Stored& record : records) {
