@@ -357,8 +357,8 @@ std::optional<Window> X11WindowWatcher::readWindow(xcb_window_t id) const {
     const PropertyRequest claimedPid(c, id, atoms_[WmPid], 1);
     xcb_res_query_client_ids_cookie_t clientIds{};
     if (tellsClientIds_) {
-        const xcb_res_client_id_spec_t spec{id, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-        clientIds = xcb_res_query_client_ids(c, 1, &spec);
+        const xcb_res_client_id_spec_t client{id, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+        clientIds = xcb_res_query_client_ids(c, 1, &client);
     }
 
     Window window;
