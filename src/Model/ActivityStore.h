@@ -13,7 +13,13 @@ namespace orvanta::ActivityStore {
 const Schema& schema();
 
 /// Opens the store "Activities.store" in the application's folder of `applicationSupport`, the
-/// person's data folder; what is missing is created. Throws `ModelError`.
+/// person's data folder; folders that are missing are created.
+///
+/// Where there is no store yet, that of an older version is copied, with all its records: the one
+/// in the folder "com.local.Orvanta" or else "default.store", if it is one. Neither is changed,
+/// apart from what SQLite does when it opens a write-ahead log. Without either, the store is new.
+///
+/// Throws `ModelError`; then nothing was lost, and no partial copy is left.
 std::unique_ptr<ModelContainer> open(const QString& applicationSupport);
 
 } // namespace orvanta::ActivityStore

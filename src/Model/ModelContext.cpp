@@ -103,7 +103,7 @@ void ModelContext::fetchActivities() {
              .name = rows.text(2),
              .categoryValue = rows.text(3),
              .seconds = rows.real(4),
-             .lastUsedAt = rows.isNull(5) ? std::nullopt : finiteDate(rows.real(5)),
+             .lastUsedAt = rows.isNumber(5) ? finiteDate(rows.real(5)) : std::nullopt,
              .previousCategoryValue = rows.isNull(6) ? std::nullopt : std::optional(rows.text(6))});
     }
     for (const ActivityList::Stored& record : records) {

@@ -13,13 +13,15 @@ public:
     static constexpr QLatin1StringView storageDomain{"Orvanta.Storage"};
     /// Domain of errors that the operating system reports; their code is the `errno`.
     static constexpr QLatin1StringView systemDomain{"POSIX"};
+    /// Domain of the error for what should be a property list and is not; its code is 0.
+    static constexpr QLatin1StringView propertyListDomain{"PropertyList"};
 
     ModelError(QLatin1StringView domain, int code, const QString& localizedDescription);
 
     QLatin1StringView domain() const { return domain_; }
     int code() const { return code_; }
 
-    /// One sentence for the person: SQLite's or the operating system's own text.
+    /// One sentence for the person: SQLite's and the operating system's errors in their own words.
     const QString& localizedDescription() const { return localizedDescription_; }
 
     const char* what() const noexcept override { return what_.constData(); }

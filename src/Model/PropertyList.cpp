@@ -1,5 +1,7 @@
 #include "Model/PropertyList.h"
 
+#include "Model/ModelError.h"
+
 #include <QByteArrayView>
 #include <QtEndian>
 
@@ -231,11 +233,10 @@ PropertyList& PropertyList::operator=(PropertyList other) noexcept {
 }
 
 std::optional<PropertyList> PropertyList::parse(const QByteArray& bytes) {
-    if (bytes.size() > maximumSize) {
-        return std::nullopt;
-    }
     Node root;
-    if (bytes.startsWith(binaryMagic)) {
+    if (bytes.size() > maximumSize) {
+        // Stays without a root.
+    } else if (bytes.startsWith(binaryMagic)) {
         if (BinaryWalk(bytes).isSound()) {
             root.reset(fromBinary(bytes));
         }
@@ -249,7 +250,12 @@ std::optional<PropertyList> PropertyList::parse(const QByteArray& bytes) {
             root.reset();
         }
     }
-    if (!root || plist_get_node_type(root.get()) != PLIST_DICT) {
+    if (!root) {
+        throw ModelError(
+            ModelError::propertyListDomain, 0,
+            QStringLiteral("Os dados não são uma lista de propriedades que se possa ler."));
+    }
+    if (plist_get_node_type(root.get()) != PLIST_DICT) {
         return std::nullopt;
     }
     return PropertyList(std::move(root));

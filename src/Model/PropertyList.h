@@ -30,8 +30,9 @@ public:
     PropertyList& operator=(PropertyList other) noexcept;
     ~PropertyList() = default;
 
-    /// Reads a binary or an XML list. Nothing for whatever is not a sound list with a dictionary at
-    /// its root, and for one that is too large, nested too deeply or grows too much when expanded.
+    /// Reads a binary or an XML list; nothing when something else than a dictionary is at its root.
+    /// Throws `ModelError` for whatever is not a sound list, and for one that is too large, nested
+    /// too deeply or grows too much when expanded.
     static std::optional<PropertyList> parse(const QByteArray& bytes);
 
     /// The list in the binary format: XML has no fractions of a second.

@@ -13,21 +13,21 @@ QByteArray base64Hash(QCryptographicHash::Algorithm algorithm, const QByteArray&
 } // namespace
 
 QByteArray Entity::createTable() const {
-    QByteArray sql =
-        "CREATE TABLE " + table() + " ( Z_PK INTEGER PRIMARY KEY, Z_ENT INTEGER, Z_OPT INTEGER";
+    QByteArray sql = "CREATE TABLE IF NOT EXISTS " + table() +
+                     " ( Z_PK INTEGER PRIMARY KEY, Z_ENT INTEGER, Z_OPT INTEGER";
     for (const Attribute& attribute : attributes) {
         sql += ", " + attribute.column() + " " + attribute.columnType;
     }
     return sql + " )";
 }
 
-QByteArray Entity::createUniqueIndex() const {
-    return "CREATE UNIQUE INDEX Z_" + name + "_UNIQUE_" + uniqueAttribute + " ON " + table() +
-           " (Z" + uniqueAttribute.toUpper() + " COLLATE BINARY ASC)";
+QByteArray Entity::createIndex(bool isUnique) const {
+    return QByteArray(isUnique ? "CREATE UNIQUE INDEX" : "CREATE INDEX") + " IF NOT EXISTS " +
+           uniqueIndex() + " ON " + table() + " (" + uniqueColumn() + " COLLATE BINARY ASC)";
 }
 
 QByteArray Entity::versionHash() const {
-    return QCryptographicHash::hash(name + "\n" + createTable() + "\n" + createUniqueIndex(),
+    return QCryptographicHash::hash(name + "\n" + createTable() + "\n" + createIndex(true),
                                     QCryptographicHash::Sha256);
 }
 
@@ -57,21 +57,16 @@ const Schema& Schema::current() {
     return schema;
 }
 
-std::vector<QByteArray> Schema::createStatements() const {
+std::vector<QByteArray> Schema::createTables() const {
     std::vector<QByteArray> statements;
     for (const Entity& entity : entities) {
         statements.push_back(entity.createTable());
-        statements.push_back(entity.createUniqueIndex());
     }
-    statements.emplace_back("CREATE TABLE Z_PRIMARYKEY (Z_ENT INTEGER PRIMARY KEY, Z_NAME VARCHAR, "
-                            "Z_SUPER INTEGER, Z_MAX INTEGER)");
-    for (const Entity& entity : entities) {
-        statements.push_back("INSERT INTO Z_PRIMARYKEY VALUES (" +
-                             QByteArray::number(entity.number) + ", '" + entity.name + "', 0, 0)");
-    }
-    statements.emplace_back("CREATE TABLE Z_METADATA (Z_VERSION INTEGER PRIMARY KEY, "
+    statements.emplace_back("CREATE TABLE IF NOT EXISTS Z_PRIMARYKEY (Z_ENT INTEGER PRIMARY KEY, "
+                            "Z_NAME VARCHAR, Z_SUPER INTEGER, Z_MAX INTEGER)");
+    statements.emplace_back("CREATE TABLE IF NOT EXISTS Z_METADATA (Z_VERSION INTEGER PRIMARY KEY, "
                             "Z_UUID VARCHAR(255), Z_PLIST BLOB)");
-    statements.emplace_back("CREATE TABLE Z_MODELCACHE (Z_CONTENT BLOB)");
+    statements.emplace_back("CREATE TABLE IF NOT EXISTS Z_MODELCACHE (Z_CONTENT BLOB)");
     return statements;
 }
 

@@ -23,8 +23,12 @@ struct Entity {
     QByteArray uniqueAttribute;
 
     QByteArray table() const { return "Z" + name.toUpper(); }
+    QByteArray uniqueColumn() const { return "Z" + uniqueAttribute.toUpper(); }
+    QByteArray uniqueIndex() const { return "Z_" + name + "_UNIQUE_" + uniqueAttribute; }
+
+    // What exists already stays as it is.
     QByteArray createTable() const;
-    QByteArray createUniqueIndex() const;
+    QByteArray createIndex(bool isUnique) const;
 
     /// 32 bytes that change when the entity does. Ours are our own: what Apple's framework would
     /// put here cannot be known, and they are never compared.
@@ -39,8 +43,8 @@ struct Schema {
     /// Version 1.0.0: `Activity` and `DayActivity`.
     static const Schema& current();
 
-    /// Everything that an empty store begins with, one statement each.
-    std::vector<QByteArray> createStatements() const;
+    /// A statement for each table of a store; what exists already stays as it is.
+    std::vector<QByteArray> createTables() const;
 
     /// Base64 of SHA-512 over name and hash of each entity.
     QByteArray versionHashesDigest() const;

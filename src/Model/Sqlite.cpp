@@ -13,17 +13,29 @@ ModelError databaseError(sqlite3* connection) {
             QString::fromUtf8(sqlite3_errmsg(connection))};
 }
 
-Database::Database(const QString& path) {
+Database::Database(const QString& path, Access access) {
     const QByteArray file = QFile::encodeName(path);
-    // SQLite would create the file readable by everybody; side files take over the main file's
-    // mode.
-    const int created = ::open(file.constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (created >= 0) {
-        ::close(created);
+    // One thread uses a connection: a mutex around every call would cost a tenth of the reading.
+    int flags = SQLITE_OPEN_NOMUTEX;
+    switch (access) {
+    case Access::Read:
+        flags |= SQLITE_OPEN_READONLY;
+        break;
+    case Access::Create: {
+        flags |= SQLITE_OPEN_CREATE;
+        // SQLite would create the file readable by everybody; side files take over the main file's
+        // mode.
+        const int created = ::open(file.constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+        if (created >= 0) {
+            ::close(created);
+        }
+        [[fallthrough]];
+    }
+    case Access::Write:
+        flags |= SQLITE_OPEN_READWRITE;
+        break;
     }
     sqlite3* handle = nullptr;
-    // One thread uses a connection: a mutex around every call would cost a tenth of the reading.
-    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
     const int result = sqlite3_open_v2(file.constData(), &handle, flags, nullptr);
     handle_.reset(handle);
     if (result != SQLITE_OK) {
@@ -35,15 +47,20 @@ void Database::Close::operator()(sqlite3* handle) const {
     sqlite3_close_v2(handle);
 }
 
-void Database::execute(const char* sql) {
-    if (sqlite3_exec(handle(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
+void Database::execute(const QByteArray& sql) {
+    if (sqlite3_exec(handle(), sql.constData(), nullptr, nullptr, nullptr) != SQLITE_OK) {
         throw databaseError(handle());
     }
 }
 
-QString Database::text(const char* sql) {
+QString Database::text(const QByteArray& sql) {
     Statement statement(*this, sql);
     return statement.step() ? statement.text(0) : QString();
+}
+
+qint64 Database::integer(const QByteArray& sql) {
+    Statement statement(*this, sql);
+    return statement.step() ? statement.integer(0) : 0;
 }
 
 void Database::setBusyTimeout(int milliseconds) {
@@ -54,15 +71,19 @@ bool Database::isReadOnly() const {
     return sqlite3_db_readonly(handle(), "main") == 1;
 }
 
+void Database::setCheckpointOnClose(bool checkpoint) {
+    sqlite3_db_config(handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, checkpoint ? 0 : 1, nullptr);
+}
+
 int Database::changes() const {
     return sqlite3_changes(handle());
 }
 
-Statement::Statement(Database& database, const char* sql)
+Statement::Statement(Database& database, const QByteArray& sql)
     : database_(database) {
     sqlite3_stmt* handle = nullptr;
-    const int result =
-        sqlite3_prepare_v3(database.handle(), sql, -1, SQLITE_PREPARE_PERSISTENT, &handle, nullptr);
+    const int result = sqlite3_prepare_v3(database.handle(), sql.constData(), -1,
+                                          SQLITE_PREPARE_PERSISTENT, &handle, nullptr);
     handle_.reset(handle);
     check(result);
 }
@@ -126,6 +147,11 @@ void Statement::reset() {
 
 bool Statement::isNull(int column) const {
     return sqlite3_column_type(handle_.get(), column) == SQLITE_NULL;
+}
+
+bool Statement::isNumber(int column) const {
+    const int type = sqlite3_column_type(handle_.get(), column);
+    return type == SQLITE_INTEGER || type == SQLITE_FLOAT;
 }
 
 qint64 Statement::integer(int column) const {

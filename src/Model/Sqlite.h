@@ -20,19 +20,28 @@ ModelError databaseError(sqlite3* connection);
 /// A connection to one SQLite file, for one thread. Everything throws `ModelError`.
 class Database {
 public:
-    /// Opens for reading and writing; a missing file is created, readable by its owner only.
-    explicit Database(const QString& path);
+    enum class Access {
+        Read,   ///< a missing file is an error
+        Write,  ///< for reading and writing; a missing file is an error
+        Create, ///< as `Write`; a missing file is created, readable by its owner only
+    };
+    explicit Database(const QString& path, Access access = Access::Create);
 
-    void execute(const char* sql);
+    void execute(const QByteArray& sql);
 
     /// The single text that a pragma or query answers; empty when it answers nothing.
-    QString text(const char* sql);
+    QString text(const QByteArray& sql);
+    /// The single number; 0 when it answers nothing.
+    qint64 integer(const QByteArray& sql);
 
     /// Milliseconds to wait for another process's lock.
     void setBusyTimeout(int milliseconds);
 
     /// Whether SQLite could open the file for reading only.
     bool isReadOnly() const;
+
+    /// Whether closing takes the write-ahead log over into the file. It does unless told not to.
+    void setCheckpointOnClose(bool checkpoint);
 
     int changes() const;
     sqlite3* handle() const { return handle_.get(); }
@@ -48,7 +57,7 @@ private:
 /// of a column are valid until the next step. Everything throws `ModelError`.
 class Statement {
 public:
-    Statement(Database& database, const char* sql);
+    Statement(Database& database, const QByteArray& sql);
 
     Statement& bind(int parameter, qint64 value);
     Statement& bind(int parameter, double value);
@@ -65,6 +74,7 @@ public:
     void reset();
 
     bool isNull(int column) const;
+    bool isNumber(int column) const;
     qint64 integer(int column) const;
     double real(int column) const;
     QByteArrayView utf8(int column) const;

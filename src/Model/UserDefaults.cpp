@@ -1,5 +1,7 @@
 #include "Model/UserDefaults.h"
 
+#include "Model/ModelError.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -39,7 +41,11 @@ std::optional<PropertyList> read(const QString& path) {
     if (file.error() != QFileDevice::NoError) {
         return std::nullopt;
     }
-    return PropertyList::parse(bytes);
+    try {
+        return PropertyList::parse(bytes);
+    } catch (const ModelError&) {
+        return std::nullopt;
+    }
 }
 
 bool isOccupied(const QString& path) {

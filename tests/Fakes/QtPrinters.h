@@ -1,10 +1,16 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 #include <ostream>
 
-/// Lets a failed comparison show the text.
+// Let a failed comparison show the text.
+
 inline void PrintTo(const QString& text, std::ostream* out) {
     *out << '"' << text.toStdString() << '"';
+}
+
+inline void PrintTo(const QByteArray& bytes, std::ostream* out) {
+    *out << '"' << bytes.left(500).toStdString() << '"';
 }

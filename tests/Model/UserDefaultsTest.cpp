@@ -1,5 +1,7 @@
 #include "Model/UserDefaults.h"
 
+#include "Model/ModelError.h"
+#include "Model/PreferencesMigration.h"
 #include "Model/PropertyList.h"
 
 #include <QDir>
@@ -182,8 +184,6 @@ TEST(PropertyListTest, RefusesWhatIsNoSoundDictionary) {
         {"empty", {}},
         {"text", "paused = 1"_qba},
         {"magic only", "bplist00"_qba},
-        {"binary array", binaryList({"\xa0"_qba})},
-        {"XML array", xmlList("<array/>"_qba)},
         {"its own child", binaryList({"\xd1\1\0"_qba, "\x51k"_qba})},
         {"reference out of range", binaryList({"\xd1\1\2"_qba, "\x51k"_qba})},
         {"key is no text", binaryList({"\xd1\1\1"_qba, "\x09"_qba})},
@@ -204,7 +204,10 @@ TEST(PropertyListTest, RefusesWhatIsNoSoundDictionary) {
         {"too large", QByteArray(PropertyList::maximumSize + 1, ' ')},
     };
     for (const auto& [title, bytes] : rows) {
-        EXPECT_FALSE(PropertyList::parse(bytes)) << title;
+        EXPECT_THROW(PropertyList::parse(bytes), ModelError) << title;
+    }
+    for (const QByteArray& array : {binaryList({"\xa0"_qba}), xmlList("<array/>"_qba)}) {
+        EXPECT_FALSE(PropertyList::parse(array));
     }
 }
 
@@ -487,6 +490,66 @@ TEST_F(UserDefaultsTest, ReadsAndReplacesWholeDomains) {
     put(folder + u'/' + other + u".plist"_s, "broken"_qba);
     EXPECT_TRUE(defaults.setPersistentDomain(values, other));
     EXPECT_EQ(contentOf(folder + u'/' + other + u".plist.broken"_s), "broken"_qba);
+}
+
+TEST_F(UserDefaultsTest, WhatAnOlderInstallationLeftIsTakenWhereThereIsNothingYet) {
+    const QString older = u"com.example.older"_s;
+    const auto xml = [](const char* content) {
+        return xmlList("<dict>"_qba + content + "</dict>"_qba);
+    };
+    const QByteArray everything = xml("<key>safari</key><false/><key>chrome</key><string>x</string>"
+                                      "<key>paused</key><true/><key>finderIgnoredV1</key><true/>"
+                                      "<key>disabledBrowsers</key><array/>"
+                                      "<key>historySeededV1</key><true/>"
+                                      "<key>setupDoneV1</key><true/><key>other</key><true/>");
+    const struct {
+        const char* what;
+        QByteArray older;
+        QByteArray newer;
+        QStringList added;
+    } rows[] = {
+        {"neither", {}, {}, {}},
+        {"no older one", {}, xml("<key>paused</key><true/>"), {}},
+        {"everything",
+         everything,
+         {},
+         {u"safari"_s, u"chrome"_s, u"paused"_s, u"finderIgnoredV1"_s}},
+        {"what is there stays",
+         everything,
+         xml("<key>paused</key><false/><key>safari</key><integer>1</integer><key>mine</key><true/"
+             ">"),
+         {u"chrome"_s, u"finderIgnoredV1"_s}},
+        {"nothing that is carried over", xml("<key>setupDoneV1</key><true/>"), {}, {}},
+        {"a date to the bit",
+         binaryList({"\xd1\1\2"_qba, "\x59resetDate"_qba, dateObject(721692800.1234567)}),
+         {},
+         {u"resetDate"_s}},
+        {"a broken one", "garbage", {}, {}},
+    };
+    for (const auto& [what, olderBytes, newerBytes, added] : rows) {
+        SCOPED_TRACE(what);
+        for (const auto& [at, bytes] : {std::pair(folder + u'/' + older + u".plist"_s, olderBytes),
+                                        std::pair(file, newerBytes)}) {
+            QFile::remove(at);
+            if (!bytes.isEmpty()) {
+                put(at, bytes);
+            }
+        }
+        const auto before = open().persistentDomain(domain);
+        PropertyList expected = before.value_or(PropertyList());
+        for (const QString& each : added) {
+            EXPECT_TRUE(expected.copyValue(each, *open().persistentDomain(older)));
+        }
+        for (int time = 0; time < 2; ++time) {
+            UserDefaults defaults = open();
+            PreferencesMigration::migrate(defaults, older, domain);
+            const auto after = open().persistentDomain(domain);
+            ASSERT_EQ(after.has_value(), before || !added.isEmpty());
+            EXPECT_TRUE(!after || after->toBinary() == expected.toBinary());
+            EXPECT_TRUE(!added.isEmpty() || !before || contentOf(file) == newerBytes);
+        }
+        EXPECT_EQ(QFile::exists(folder + u'/' + older + u".plist"_s), !olderBytes.isEmpty());
+    }
 }
 
 } // namespace orvanta

@@ -1,0 +1,345 @@
+#include "Fakes/CoreDataStore.h"
+#include "Model/PropertyList.h"
+#include "Model/StoreMetadata.h"
+#include "StoreFolder.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <optional>
+#include <set>
+#include <vector>
+
+namespace orvanta {
+
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr const char* olderRows =
+    "INSERT INTO ZACTIVITY VALUES"
+    "(1, 1, 7, 700000000, 12.5, 'production', 'app:com.apple.Xcode', 'Xcode'),"
+    "(2, 1, 1, 731548800.123456, 0.1, 'Production', 'site:ação.example', 'Ação 日本 🦊'),"
+    "(4, 1, 2, NULL, 3, NULL, 'app:b', NULL),"
+    "(9, NULL, NULL, 'x', NULL, 'ignored', NULL, '')";
+
+constexpr const char* laterRows =
+    "INSERT INTO ZACTIVITY VALUES (9, 1, 3, 5.5, 60, 'ignored', 'app:a', 'A', 'pending');"
+    "INSERT INTO ZDAYACTIVITY VALUES (2, 2, 1, 60, '2024-03-05', '2024-03-05|app:a', 'app:a'),"
+    "(3, 2, 1, 1, 'monday', 'monday|app:a', 'app:a'), (4, 2, 1, 2, NULL, NULL, 'app:a')";
+
+constexpr const char* activities = "SELECT Z_PK, Z_ENT, Z_OPT, typeof(ZLASTUSEDAT), ZLASTUSEDAT, "
+                                   "typeof(ZSECONDS), ZSECONDS, ZCATEGORYVALUE, ZKEY, ZNAME "
+                                   "FROM ZACTIVITY";
+
+class ImportTest : public StoreFolder {
+protected:
+    QByteArray metadata() const {
+        Database database(path);
+        return StoreMetadata::read(database).value();
+    }
+
+    QStringList names() const { return QDir(folder).entryList(QDir::Files | QDir::Hidden); }
+
+    const QString older = directory.filePath(u"com.local.Orvanta/Activities.store"_s);
+    const QString oldest = directory.filePath(u"default.store"_s);
+};
+
+TEST_F(ImportTest, BringsEveryRecordOfAnOlderStoreUpToToday) {
+    CoreDataStore::make(older, olderRows);
+    const QByteArray rowless = contentOf(older);
+    {
+        const auto container = open();
+        ModelContext& context = container->mainContext();
+        ASSERT_EQ(context.activities().size(), 4U);
+        EXPECT_EQ(context.dayActivities().size(), 0U);
+        const Activity& second = context.activities()[1];
+        EXPECT_EQ(second.name(), u"Ação 日本 🦊"_s);
+        EXPECT_EQ(second.lastUsedAt(), Date{731548800.123456});
+        EXPECT_EQ(second.categoryValue(), u"Production"_s);
+        EXPECT_EQ(second.category(), Category::pending);
+        EXPECT_FALSE(second.previousCategoryValue());
+        EXPECT_EQ(context.activities()[2].seconds(), 3);
+        EXPECT_EQ(context.activities()[2].category(), Category::pending);
+        EXPECT_EQ(read(activities), read(older, activities));
+
+        context.activities()[0].setPreviousCategoryValue(u"pending"_s);
+        context.activities().append(u"app:new"_s, u"New"_s, Category::pending, 1);
+        context.dayActivities().setSeconds(day, second.keyId(), 4);
+        context.save();
+    }
+    EXPECT_EQ(read("SELECT Z_PK, Z_OPT, ZPREVIOUSCATEGORYVALUE FROM ZACTIVITY WHERE Z_PK IN (1, "
+                   "10)"),
+              "1|8|pending\n10|1|NULL");
+    EXPECT_EQ(read("SELECT * FROM ZDAYACTIVITY"),
+              "1|2|1|4.0|2024-03-05|2024-03-05|site:ação.example|site:ação.example");
+    EXPECT_EQ(read("SELECT * FROM Z_PRIMARYKEY"),
+              "1|Activity|0|10\n2|DayActivity|0|1\n16001|CHANGE|0|3\n16002|TRANSACTION|0|3\n"
+              "16003|TRANSACTIONSTRING|0|1");
+    EXPECT_EQ(read("SELECT * FROM ACHANGE"), "3|9");
+    EXPECT_EQ(read("SELECT hex(Z_CONTENT) FROM Z_MODELCACHE"), "62766E");
+    EXPECT_EQ(read("SELECT Z_VERSION, Z_UUID FROM Z_METADATA"), "1|E3A8C1F0");
+    EXPECT_EQ(read("PRAGMA page_size") + read("PRAGMA auto_vacuum") + read("PRAGMA journal_mode"),
+              "5122wal");
+    EXPECT_EQ(read("PRAGMA integrity_check"), "ok");
+
+    const PropertyList list = PropertyList::parse(metadata()).value();
+    EXPECT_EQ(list.integer(u"NSPersistenceMaximumFrameworkVersion"_s), 1526);
+    const auto hashes = list.dictionary(u"NSStoreModelVersionHashes"_s);
+    for (const Entity& entity : ActivityStore::schema().entities) {
+        EXPECT_EQ(hashes->data(QString::fromLatin1(entity.name)), entity.versionHash());
+    }
+    EXPECT_TRUE(list.text(u"NSStoreModelVersionHashesDigest"_s));
+
+    // SQLite took the log over into the older store, and nothing else happened to it.
+    EXPECT_EQ(contentOf(older).first(4096).sliced(40), rowless.first(4096).sliced(40));
+    EXPECT_EQ(read(older, "SELECT COUNT(*) FROM ZACTIVITY"), "4");
+    struct stat status {};
+    stat(QFile::encodeName(path).constData(), &status);
+    EXPECT_EQ(status.st_mode & 07777, 0600U);
+}
+
+TEST_F(ImportTest, OnlyAStoreOfTheOlderShapeIsTakenAndTheFirstOfTwo) {
+    const auto change = [](const QString& at, const QByteArray& sql) {
+        return [at, sql] {
+            Database(at).execute(sql);
+        };
+    };
+    const auto withMetadata = [this](const QByteArray& list) {
+        return [this, list] {
+            Database database(older);
+            Statement(database, "UPDATE Z_METADATA SET Z_PLIST = ?1").bind(1, list).run();
+        };
+    };
+    const auto withXml = [&withMetadata](const QByteArray& content) {
+        return withMetadata("<?xml version=\"1.0\"?><plist version=\"1.0\">" + content +
+                            "</plist>");
+    };
+    PropertyList noDictionary;
+    noDictionary.setText(u"NSStoreModelVersionHashes"_s, u"Activity"_s);
+    const QString hashes = u"<dict><key>NSStoreModelVersionHashes</key><dict><key>%1</key>"
+                           "<data>AA==</data></dict></dict>"_s;
+    std::unique_ptr<Database> other;
+
+    struct Row {
+        const char* what;
+        std::function<void()> prepare; // Of two stores, with a row named "first" and "second".
+        const char* taken;             // Or nothing, and the error that opening ends with.
+        QLatin1StringView domain = {};
+        int code = 0;
+    };
+    const Row rows[] = {
+        {"two", [] {}, "first"},
+        {"the second only", [this] { QFile::remove(older); }, "second"},
+        {"neither",
+         [this] {
+             QFile::remove(older);
+             QFile::remove(oldest);
+         },
+         ""},
+        {"XML", withXml(hashes.arg(u"Activity"_s).toUtf8()), "first"},
+        {"both entities",
+         withMetadata(CoreDataStore::metadata({u"Activity"_s, u"DayActivity"_s}).toBinary()),
+         "second"},
+        {"another entity", withXml(hashes.arg(u"Note"_s).toUtf8()), "second"},
+        {"no entity", withXml("<dict/>"), "second"},
+        {"hashes are no dictionary", withMetadata(noDictionary.toBinary()), "second"},
+        {"an array", withXml("<array/>"), "second"},
+        {"no metadata", change(older, "DROP TABLE Z_METADATA"), "second"},
+        {"no row", change(older, "DELETE FROM Z_METADATA"), "second"},
+        {"null", change(older, "UPDATE Z_METADATA SET Z_PLIST = NULL"), "second"},
+        {"an empty file", [this] { putFile(older, {}); }, "second"},
+        {"neither qualifies",
+         [this] {
+             putFile(older, {});
+             putFile(oldest, {});
+         },
+         ""},
+        {"no table", change(older, "DROP TABLE ZACTIVITY"), nullptr, "Orvanta.Storage"_L1,
+         SQLITE_ERROR},
+        {"no list", withMetadata("garbage"), nullptr, "PropertyList"_L1},
+        {"no database", [this] { putFile(older, QByteArray(5000, 'x')); }, nullptr,
+         "Orvanta.Storage"_L1, SQLITE_NOTADB},
+        {"a folder",
+         [this] {
+             QFile::remove(older);
+             QDir().mkpath(older);
+         },
+         nullptr, "Orvanta.Storage"_L1, SQLITE_CANTOPEN},
+        {"the second is no database",
+         [this] {
+             QFile::remove(older);
+             putFile(oldest, QByteArray(5000, 'x'));
+         },
+         nullptr, "Orvanta.Storage"_L1, SQLITE_NOTADB},
+        {"locked",
+         [this, &other] {
+             other = std::make_unique<Database>(older);
+             other->execute("PRAGMA journal_mode = DELETE; BEGIN EXCLUSIVE");
+         },
+         nullptr, "Orvanta.Storage"_L1, SQLITE_BUSY},
+        {"something in the store's place",
+         [this] { QFile::link(folder + u"/nowhere/store"_s, path); }, nullptr, "POSIX"_L1, EEXIST},
+    };
+    for (const auto& [what, prepare, taken, domain, code] : rows) {
+        SCOPED_TRACE(what);
+        for (const auto& [name, key] : {std::pair(older, "first"), std::pair(oldest, "second")}) {
+            CoreDataStore::make(name,
+                                "INSERT INTO ZACTIVITY (Z_PK, ZKEY) VALUES (9, '"_qba + key + "')");
+            Database(name).execute("PRAGMA wal_checkpoint(TRUNCATE)");
+        }
+        prepare();
+        putFile(folder + u"/import-of-a-killed-process.store-wal"_s, "left");
+        if (!taken) {
+            const ModelError error = errorOf([this] { open(); });
+            EXPECT_EQ(error.domain(), domain) << error.what();
+            EXPECT_EQ(error.code(), code) << error.what();
+            EXPECT_FALSE(QFile::exists(path));
+        } else {
+            open();
+            EXPECT_EQ(read("SELECT ZKEY FROM ZACTIVITY"), taken);
+        }
+        EXPECT_TRUE(names().filter(u"import-"_s).isEmpty());
+        other.reset();
+
+        // What is there now stays: the older stores are not looked at again.
+        if (QFile::exists(path)) {
+            Database(path).execute("UPDATE ZACTIVITY SET ZNAME = 'mine'");
+            open();
+            EXPECT_FALSE(read("SELECT COUNT(*) FROM ZACTIVITY WHERE ZNAME IS NULL").toInt());
+        }
+        ASSERT_TRUE(QDir(directory.path()).removeRecursively());
+        ASSERT_TRUE(QDir().mkpath(folder));
+    }
+}
+
+TEST_F(ImportTest, ALogThatAnEarlierStoreLeftBehindIsNotTakenForThisOnes) {
+    open();
+    {
+        Database database(path);
+        database.setCheckpointOnClose(false);
+        database.execute("INSERT INTO ZACTIVITY (Z_PK, ZKEY) VALUES (1, 'app:gone')");
+    }
+    ASSERT_TRUE(QFile::exists(path + u"-wal"_s) && QFile::remove(path));
+    CoreDataStore::make(older, olderRows);
+    open();
+    EXPECT_EQ(read(activities), read(older, activities));
+    EXPECT_EQ(read("PRAGMA integrity_check"), "ok");
+}
+
+TEST_F(ImportTest, AStoreFromAMacOpensAndWorks) {
+    CoreDataStore::make(path, laterRows, true);
+    const QByteArray before = metadata();
+    {
+        const auto container = open();
+        ModelContext& context = container->mainContext();
+        ASSERT_EQ(context.activities().size(), 1U);
+        const Activity& activity = context.activities()[0];
+        EXPECT_EQ(activity.previousCategoryValue(), u"pending"_s);
+        EXPECT_EQ(activity.lastUsedAt(), Date{5.5});
+        ASSERT_EQ(context.dayActivities().size(), 1U); // Rows without a day stand in no history.
+        context.dayActivities().add(day, activity.keyId(), 1);
+        context.dayActivities().add({2024, 3, 6}, activity.keyId(), 2);
+        context.save();
+    }
+    EXPECT_EQ(read("SELECT Z_PK, Z_OPT, ZSECONDS, ZDAY FROM ZDAYACTIVITY"),
+              "2|2|61.0|2024-03-05\n3|1|1.0|monday\n4|1|2.0|NULL\n5|1|2.0|2024-03-06");
+    EXPECT_EQ(metadata(), before);
+    EXPECT_EQ(read("PRAGMA page_size") + read("PRAGMA journal_mode"), "512wal");
+    EXPECT_EQ(read("SELECT * FROM ACHANGE"), "3|9");
+}
+
+TEST_F(ImportTest, WhatAnOlderStoreLacksIsAdded) {
+    const struct {
+        const char* change;
+        const char* query;
+        const char* now;
+    } rows[] = {
+        {"ALTER TABLE ZACTIVITY DROP COLUMN ZNAME", "SELECT COUNT(ZNAME) FROM ZACTIVITY", "2"},
+        {"ALTER TABLE ZDAYACTIVITY DROP COLUMN ZSECONDS", "SELECT MAX(ZSECONDS) FROM ZDAYACTIVITY",
+         "NULL"},
+        {"DROP TABLE Z_PRIMARYKEY", "SELECT Z_NAME, Z_MAX FROM Z_PRIMARYKEY",
+         "Activity|11\nDayActivity|4"},
+        {"DELETE FROM Z_METADATA", "SELECT COUNT(Z_UUID), COUNT(Z_PLIST) FROM Z_METADATA", "1|1"},
+        {"UPDATE Z_METADATA SET Z_PLIST = NULL", "SELECT COUNT(Z_PLIST) FROM Z_METADATA", "1"},
+        {"UPDATE Z_METADATA SET Z_PLIST = 'garbage'",
+         "SELECT CAST(substr(Z_PLIST, 1, 6) AS TEXT) FROM Z_METADATA", "bplist"},
+        {"DROP INDEX Z_Activity_UNIQUE_key; INSERT INTO ZACTIVITY (Z_PK, ZKEY) VALUES (10, "
+         "'app:a')",
+         "SELECT COUNT(*) FROM sqlite_master WHERE name = 'Z_Activity_UNIQUE_key'", "1"},
+    };
+    for (const auto& [change, query, now] : rows) {
+        SCOPED_TRACE(change);
+        CoreDataStore::make(path, laterRows, true);
+        write(change);
+        for (int time = 0; time < 2; ++time) {
+            const auto container = open();
+            ModelContext& context = container->mainContext();
+            ASSERT_GE(context.activities().size(), 1U);
+            EXPECT_EQ(context.activities()[0].seconds(), 60);
+            context.activities()[0].setLastUsedAt(std::nullopt);
+            context.activities().append(u"app:%1"_s.arg(time), u""_s, Category::pending, 1);
+            context.save();
+        }
+        EXPECT_EQ(read(query), now);
+        ASSERT_TRUE(QDir(folder).removeRecursively());
+    }
+}
+
+TEST_F(ImportTest, WhatIsNoneOfOursIsRefusedAndLeftAsItIs) {
+    const auto made = [this](const QByteArray& change) {
+        return [this, change] {
+            CoreDataStore::make(path, laterRows, true);
+            Database database(path);
+            database.setCheckpointOnClose(false); // The change stands in the log alone.
+            database.execute(change);
+        };
+    };
+    const struct {
+        const char* what;
+        std::function<void()> make;
+        int code;
+        QString mention;
+    } rows[] = {
+        {"text", [this] { putFile(path, QByteArray(1000, 'x')); }, SQLITE_NOTADB,
+         u"not a database"_s},
+        {"a folder", [this] { QDir().mkpath(path + u"/inner"_s); }, SQLITE_CANTOPEN, u"open"_s},
+        {"another program's", [this] { write("CREATE TABLE notes (text)"); }, SQLITE_SCHEMA,
+         u"Z_METADATA"_s},
+        {"no activities", made("DROP TABLE ZACTIVITY"), SQLITE_SCHEMA, u"ZACTIVITY"_s},
+        {"no keys", made("DROP INDEX Z_Activity_UNIQUE_key; ALTER TABLE ZACTIVITY DROP ZKEY"),
+         SQLITE_SCHEMA, u"ZKEY"_s},
+        {"no row numbers", made("ALTER TABLE ZDAYACTIVITY DROP Z_ENT"), SQLITE_SCHEMA, u"Z_ENT"_s},
+        {"a column", made("ALTER TABLE ZDAYACTIVITY ADD ZDEVICE VARCHAR"), SQLITE_SCHEMA,
+         u"ZDEVICE em ZDAYACTIVITY"_s},
+        {"a table's entity", made("INSERT INTO Z_PRIMARYKEY VALUES (3, 'Goal', 0, 0)"),
+         SQLITE_SCHEMA, u"Goal"_s},
+        {"other numbers", made("UPDATE Z_PRIMARYKEY SET Z_ENT = 3 WHERE Z_ENT = 2"), SQLITE_SCHEMA,
+         u"DayActivity"_s},
+        {"a model's entity",
+         [this] {
+             CoreDataStore::make(path, laterRows, true);
+             Database database(path);
+             Statement(database, "UPDATE Z_METADATA SET Z_PLIST = ?1")
+                 .bind(1, CoreDataStore::metadata({u"Activity"_s, u"Goal"_s}).toBinary())
+                 .run();
+         },
+         SQLITE_SCHEMA, u"Goal"_s},
+    };
+    for (const auto& [what, make, code, mention] : rows) {
+        SCOPED_TRACE(what);
+        make();
+        const auto before = files();
+        const ModelError error = errorOf([this] { open(); });
+        EXPECT_EQ(error.domain(), "Orvanta.Storage"_L1);
+        EXPECT_EQ(error.code(), code);
+        EXPECT_TRUE(error.localizedDescription().contains(mention)) << error.what();
+        EXPECT_EQ(files(), before);
+        ASSERT_TRUE(QDir(folder).removeRecursively());
+        ASSERT_TRUE(QDir().mkpath(folder));
+    }
+}
+
+} // namespace
+
+} // namespace orvanta
