@@ -1,3 +1,4 @@
+#include "Fakes/CoreDataStore.h"
 #include "Model/ActivityList.h"
 #include "Model/ActivityStore.h"
 #include "Model/DayActivityList.h"
@@ -45,6 +46,14 @@ public:
         return container;
     }
 
+    /// Gives it the pages that the framework would have chosen.
+    void repage() const {
+        Database database(
+            folder_.filePath(QStringLiteral("com.brindlework.orvanta/Activities.store")));
+        database.execute("PRAGMA journal_mode = DELETE; PRAGMA page_size = 4096; VACUUM;"
+                         "PRAGMA journal_mode = WAL");
+    }
+
 private:
     QTemporaryDir folder_;
     Calendar calendar_{QTimeZone::utc()};
@@ -70,5 +79,38 @@ void readOlderDays(benchmark::State& state) {
     }
 }
 BENCHMARK(readOlderDays)->ArgName("years")->Arg(1)->Arg(10)->Unit(benchmark::kMillisecond);
+
+/// An older store, all of it in its write-ahead log.
+void importStore(benchmark::State& state) {
+    for ([[maybe_unused]] auto _ : state) {
+        state.PauseTiming();
+        const QTemporaryDir folder;
+        CoreDataStore::make(
+            folder.filePath(QStringLiteral("default.store")),
+            "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < " +
+                QByteArray::number(activities) +
+                ") INSERT INTO ZACTIVITY SELECT i, 1, 1, 700000000.5, i, 'production', "
+                "'site:pagina' || i || '.example.org', 'pagina' || i || '.example.org' FROM n");
+        state.ResumeTiming();
+        const auto container = ActivityStore::open(folder.path());
+        container->mainContext().fetchActivities();
+        if (container->mainContext().activities().size() != activities) {
+            state.SkipWithError("not imported");
+        }
+    }
+}
+BENCHMARK(importStore)->Unit(benchmark::kMillisecond);
+
+/// A store with both entities, the first time that it is opened here.
+void openFromElsewhere(benchmark::State& state) {
+    const FilledStore store(static_cast<int>(state.range(0)));
+    for ([[maybe_unused]] auto _ : state) {
+        state.PauseTiming();
+        store.repage();
+        state.ResumeTiming();
+        benchmark::DoNotOptimize(store.start());
+    }
+}
+BENCHMARK(openFromElsewhere)->ArgName("years")->Arg(1)->Arg(10)->Unit(benchmark::kMillisecond);
 
 } // namespace
