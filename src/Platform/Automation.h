@@ -1,0 +1,56 @@
+#pragma once
+
+#include "Platform/AppleEvent.h"
+
+#include <chrono>
+#include <functional>
+#include <optional>
+
+namespace orvanta {
+
+/// Hands Apple events to other applications.
+class AppleEventTransport {
+public:
+    /// Apple's `kAEWaitReply` and `kAENeverInteract`.
+    static constexpr std::uint32_t waitForReply = 0x3;
+    static constexpr std::uint32_t neverInteract = 0x10;
+
+    using Duration = std::chrono::duration<double>;
+    /// The reply; absent when the event could not be sent or no reply came in time.
+    using Completion = std::function<void(const std::optional<AppleEvent>&)>;
+
+    virtual ~AppleEventTransport() = default;
+    AppleEventTransport(const AppleEventTransport&) = delete;
+    AppleEventTransport& operator=(const AppleEventTransport&) = delete;
+
+    /// Calls `completion` exactly once, at the latest after `timeout`; perhaps at once.
+    virtual void send(const AppleEvent& event, std::uint32_t options, Duration timeout,
+                      Completion completion) = 0;
+
+protected:
+    AppleEventTransport() = default;
+};
+
+/// What the person allowed.
+class AutomationPermission {
+public:
+    static constexpr int permitted = 0;
+    /// Apple's `errAEEventNotPermitted`: the person refused.
+    static constexpr int refused = -1743;
+    /// Apple's `errAEEventWouldRequireUserConsent`: the person has not decided yet.
+    static constexpr int undecided = -1744;
+
+    virtual ~AutomationPermission() = default;
+    AutomationPermission(const AutomationPermission&) = delete;
+    AutomationPermission& operator=(const AutomationPermission&) = delete;
+
+    /// Whether such events may be sent to the process that `target` names. Where the person has not
+    /// decided, and only if `askUser`, the person is asked; nobody waits for the decision.
+    virtual int determine(const EventDescriptor& target, FourCharCode eventClass,
+                          FourCharCode eventID, bool askUser) = 0;
+
+protected:
+    AutomationPermission() = default;
+};
+
+} // namespace orvanta
