@@ -1,0 +1,206 @@
+#include "Browsers/BrowserReader.h"
+
+#include "Fakes/FakeBundles.h"
+#include "Fakes/QtPrinters.h"
+#include "Platform/Automation.h"
+#include "Platform/RunningApplications.h"
+
+#include <QCoreApplication>
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <vector>
+
+namespace orvanta {
+
+namespace {
+
+using namespace Qt::StringLiterals;
+
+class Running final : public RunningApplications {
+public:
+    std::vector<RunningInstance> all{{.processIdentifier = 42}};
+    mutable int asked = 0;
+    std::vector<RunningInstance> instances(const QString& /*bundleIdentifier*/) const override {
+        ++asked;
+        return all;
+    }
+};
+
+class Permission final : public AutomationPermission {
+public:
+    int status = permitted;
+    std::vector<bool> asked;
+    int determine(const EventDescriptor& target, FourCharCode eventClass, FourCharCode eventID,
+                  bool askUser) override {
+        EXPECT_EQ(target, EventDescriptor::processIdentifier(42));
+        EXPECT_EQ(eventClass, 0x636F7265U);
+        EXPECT_EQ(eventID, 0x67657464U);
+        asked.push_back(askUser);
+        return status;
+    }
+};
+
+class Transport final : public AppleEventTransport {
+public:
+    std::vector<AppleEvent> sent;
+    std::vector<Completion> completions;
+    void send(const AppleEvent& event, std::uint32_t options, Duration timeout,
+              Completion completion) override {
+        EXPECT_EQ(options, 0x13U);
+        EXPECT_EQ(timeout, Duration(2.0));
+        sent.push_back(event);
+        completions.push_back(std::move(completion));
+    }
+};
+
+class BrowserReaderTest : public testing::Test {
+protected:
+    BrowserReaderTest() {
+        bundles.install(u"/a/read.browser"_s, u"Browser"_s,
+                        "code=\"acTa\" code=\"URL \" code=\"cTa\"");
+    }
+
+    /// Lets every step that follows from another happen.
+    static void settle() {
+        constexpr int steps = 10;
+        for (int i = 0; i < steps; ++i) {
+            QCoreApplication::processEvents();
+        }
+    }
+    void read(const QString& id = u"read.browser"_s) {
+        reader.read(id, [this](const BrowserReading::Answer& answer) {
+            EXPECT_NE(answer.site.has_value(), answer.error.has_value());
+            answers.append(answer.site ? u"site "_s + *answer.site : *answer.error);
+        });
+    }
+    void reply(const std::optional<AppleEvent>& event) {
+        const auto completion = transport.completions.back();
+        completion(event);
+        settle();
+    }
+    static AppleEvent address(const QString& text) {
+        return {.parameters = {{AppleEvent::directObject, EventDescriptor::text(text)}}};
+    }
+
+    FakeBundles bundles;
+    Running running;
+    Permission permission;
+    Transport transport;
+    BrowserReader reader{bundles, running, transport, permission, [](const QString& text) {
+                             return text == u"https://a.org/"_s ? std::optional(u"a.org"_s)
+                                                                : std::nullopt;
+                         }};
+    QStringList answers;
+};
+
+TEST_F(BrowserReaderTest, TheRequestIsForTheAddressOfTheFrontTabOfTheFirstWindow) {
+    const struct {
+        BrowserDialect dialect;
+        FourCharCode tab;
+        FourCharCode address;
+    } rows[] = {{BrowserDialect::safari, 0x63546162, 0x7055524C},
+                {BrowserDialect::chromium, 0x61635461, 0x55524C20}};
+    constexpr FourCharCode want = 0x77616E74;
+    constexpr FourCharCode form = 0x666F726D;
+    constexpr FourCharCode seld = 0x73656C64;
+    constexpr FourCharCode from = 0x66726F6D;
+    constexpr FourCharCode prop = 0x70726F70;
+    for (const auto& [dialect, tab, address] : rows) {
+        const AppleEvent event = BrowserReader::request(dialect, 4711);
+        EXPECT_EQ(event.eventClass, 0x636F7265U);
+        EXPECT_EQ(event.eventID, 0x67657464U);
+        EXPECT_EQ(event.target, EventDescriptor::processIdentifier(4711));
+        EXPECT_EQ(event.returnID, -1);
+        EXPECT_EQ(event.transactionID, 0);
+        ASSERT_EQ(event.parameters.size(), 1U);
+        const EventDescriptor* object = event.parameter(0x2D2D2D2D);
+        for (const FourCharCode property : {address, tab}) {
+            ASSERT_TRUE(object);
+            EXPECT_EQ(object->type(), 0x6F626A20U);
+            EXPECT_EQ(*object->descriptor(want), EventDescriptor::typeCode(prop));
+            EXPECT_EQ(*object->descriptor(form), EventDescriptor::enumCode(prop));
+            EXPECT_EQ(*object->descriptor(seld), EventDescriptor::typeCode(property));
+            object = object->descriptor(from);
+        }
+        ASSERT_TRUE(object);
+        EXPECT_EQ(object->type(), 0x6F626A20U);
+        EXPECT_EQ(*object->descriptor(want), EventDescriptor::typeCode(0x6377696E));
+        EXPECT_EQ(*object->descriptor(form), EventDescriptor::enumCode(0x696E6478));
+        EXPECT_EQ(*object->descriptor(seld), EventDescriptor::int32(1));
+        EXPECT_EQ(*object->descriptor(from), EventDescriptor::null());
+    }
+}
+
+TEST_F(BrowserReaderTest, EveryOutcomeHasItsAnswer) {
+    const auto withError = [](int number) {
+        AppleEvent event = address(u"https://a.org/"_s);
+        event.parameters.insert({AppleEvent::errorNumber, EventDescriptor::int32(number)});
+        return event;
+    };
+    const QString unavailable = u"Site indisponível ou aba interna"_s;
+    const std::pair<std::optional<AppleEvent>, QString> rows[] = {
+        {address(u"https://a.org/"_s), u"site a.org"_s},
+        {withError(0), u"site a.org"_s},
+        {withError(-1719), unavailable},
+        {address(u"about:blank"_s), unavailable},
+        {AppleEvent{}, unavailable},
+        {AppleEvent{.parameters = {{AppleEvent::directObject, EventDescriptor::int32(1)}}},
+         unavailable},
+        {std::nullopt, u"Não foi possível consultar o navegador"_s},
+    };
+    for (const auto& [event, answer] : rows) {
+        read();
+        settle();
+        EXPECT_EQ(transport.sent.back(), BrowserReader::request(BrowserDialect::chromium, 42));
+        reply(event);
+        EXPECT_EQ(answers, QStringList{answer});
+        answers.clear();
+    }
+    const auto sent = transport.sent.size();
+
+    permission.status = AutomationPermission::refused;
+    read();
+    permission.asked.clear();
+    settle();
+    running.all = {{.processIdentifier = 42, .isTerminated = true}, {.processIdentifier = 43}};
+    read();
+    settle();
+    running.all.clear();
+    read();
+    settle();
+    running.asked = 0;
+    read(u"read.other"_s);
+    settle();
+    EXPECT_EQ(answers, (QStringList{u"Permissão de Automação necessária · veja Ajustes"_s,
+                                    u"Navegador fechado"_s, u"Navegador fechado"_s,
+                                    u"Navegador não compatível"_s}));
+    EXPECT_EQ(running.asked, 0);
+    EXPECT_EQ(permission.asked.size(), 1U);
+    EXPECT_EQ(transport.sent.size(), sent);
+}
+
+TEST_F(BrowserReaderTest, ReadsGoOneAfterTheOtherAndThePersonIsAskedOnce) {
+    permission.status = AutomationPermission::undecided;
+    read();
+    EXPECT_TRUE(permission.asked.empty()) << "nothing happens within the call";
+    settle();
+    permission.status = AutomationPermission::permitted;
+    read();
+    read(u"read.other"_s);
+    read();
+    settle();
+    EXPECT_EQ(answers, QStringList{u"Permissão de Automação necessária · veja Ajustes"_s});
+    EXPECT_EQ(transport.sent.size(), 1U);
+    reply(address(u"https://a.org/"_s));
+    EXPECT_EQ(transport.sent.size(), 2U);
+    reply(std::nullopt);
+    EXPECT_EQ(answers.sliced(1), (QStringList{u"site a.org"_s, u"Navegador não compatível"_s,
+                                              u"Não foi possível consultar o navegador"_s}));
+    EXPECT_EQ(permission.asked, (std::vector{true, false, false}));
+}
+
+} // namespace
+
+} // namespace orvanta

@@ -1,0 +1,128 @@
+#include "Browsers/Browser.h"
+
+#include "Browsers/BrowserDialect.h"
+#include "Fakes/FakeBundles.h"
+#include "Fakes/QtPrinters.h"
+
+#include <gtest/gtest.h>
+
+namespace orvanta {
+
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr auto safariCodes = "<property code=\"cTab\"/><property code=\"pURL\"/>";
+constexpr auto chromiumCodes = "<property code=\"acTa\"/><property code=\"URL \"/>";
+
+QVariantMap information(const QVariant& schemes, const QVariant& types) {
+    return {
+        {u"CFBundleURLTypes"_s,
+         QVariantList{QVariantMap{}, QVariantMap{{u"CFBundleURLSchemes"_s, schemes}}}},
+        {u"CFBundleDocumentTypes"_s, QVariantList{QVariantMap{{u"LSItemContentTypes"_s, types}}}}};
+}
+
+TEST(BrowserDialectTest, WebPagesAreOpenedByWhatSaysSo) {
+    const QStringList web{u"http"_s, u"https"_s};
+    const struct {
+        const char* what;
+        QVariantMap info;
+        bool opens;
+    } rows[] = {
+        {"three schemes", information(QStringList{u"HTTP"_s, u"Https"_s, u"FILE"_s}, {}), true},
+        {"two and the type", information(web, QStringList{u"x"_s, u"public.html"_s}), true},
+        {"two only", information(web, {}), false},
+        {"one and the type", information(QStringList{u"https"_s}, QStringList{u"public.html"_s}),
+         false},
+        {"the type in capitals", information(web, QStringList{u"PUBLIC.HTML"_s}), false},
+        {"no list", information(u"http https file"_s, u"public.html"_s), false},
+        {"numbers", information(QVariantList{1, 2}, QVariantList{3}), false},
+        {"no dictionaries", {{u"CFBundleURLTypes"_s, QStringList{u"http"_s}}}, false},
+        {"nothing", {}, false},
+    };
+    for (const auto& [what, info, opens] : rows) {
+        EXPECT_EQ(BrowserDialect::opensWebPages(info), opens) << what;
+    }
+}
+
+TEST(BrowserDialectTest, ADefinitionDeclaresBothCodesOfADialect) {
+    const std::pair<QString, std::optional<BrowserDialect>> rows[] = {
+        {QString::fromLatin1(safariCodes), BrowserDialect::safari},
+        {QString::fromLatin1(chromiumCodes), BrowserDialect::chromium},
+        {QString::fromLatin1(chromiumCodes) + QString::fromLatin1(safariCodes),
+         BrowserDialect::safari},
+        {u"code=\"cTab\" code=\"URL \""_s, std::nullopt},
+        {u"code=\"acTa\" code=\"URL\""_s, std::nullopt},
+        {u"cTab pURL acTa URL "_s, std::nullopt},
+        {u"code=\"CTAB\" code=\"PURL\""_s, std::nullopt},
+        {QString(), std::nullopt},
+    };
+    for (const auto& [text, dialect] : rows) {
+        EXPECT_EQ(BrowserDialect::ofSdef(text), dialect) << qPrintable(text);
+    }
+    EXPECT_EQ(BrowserDialect(BrowserDialect::safari).tabProperty(), 0x63546162U);
+    EXPECT_EQ(BrowserDialect(BrowserDialect::chromium).addressProperty(), 0x55524C20U);
+}
+
+TEST(BrowserDialectTest, IsFoundOnceAndKept) {
+    FakeBundles bundles;
+    const auto of = [&bundles](const QString& id) {
+        return BrowserDialect::of(id, bundles);
+    };
+    EXPECT_FALSE(of(u"kept.late"_s));
+    bundles.install(u"/a/kept.late"_s, u"Late"_s, chromiumCodes);
+    EXPECT_EQ(of(u"kept.late"_s), BrowserDialect::chromium);
+
+    bundles.install(u"/a/kept.without"_s, u"Without"_s, "");
+    bundles.applications.at(u"/a/kept.without"_s).resources.clear();
+    bundles.install(u"/a/kept.latin"_s, u"Latin"_s, QByteArray(safariCodes) + "\xe9");
+    bundles.install(u"/a/kept.unnamed"_s, u"Unnamed"_s, safariCodes);
+    bundles.applications.at(u"/a/kept.unnamed"_s)
+        .bundle.infoDictionary[u"OSAScriptingDefinition"_s] = 7;
+    bundles.install(u"/a/kept.mail"_s, u"Mail"_s, safariCodes);
+    bundles.applications.at(u"/a/kept.mail"_s).bundle.infoDictionary.remove(u"CFBundleURLTypes"_s);
+    const int before = bundles.resourcesRead;
+    for (int time = 0; time < 2; ++time) {
+        for (const QString& name :
+             {u"kept.without"_s, u"kept.latin"_s, u"kept.unnamed"_s, u"kept.mail"_s}) {
+            EXPECT_FALSE(of(name)) << qPrintable(name);
+        }
+    }
+    EXPECT_EQ(bundles.resourcesRead, before + 2);
+
+    bundles.applications.clear();
+    EXPECT_EQ(of(u"kept.late"_s), BrowserDialect::chromium);
+    EXPECT_FALSE(of(u"KEPT.LATE"_s));
+}
+
+TEST(BrowserTest, ThoseInstalledAreListedTheDefaultFirstThenByName) {
+    FakeBundles bundles;
+    bundles.install(u"/a/listed.zeta"_s, u"Zeta.app"_s, safariCodes);
+    bundles.install(u"/a/listed.ten"_s, u"Beta 10"_s, safariCodes);
+    bundles.install(u"/b/listed.ten"_s, u"Second copy"_s, safariCodes);
+    bundles.install(u"/a/listed.alpha"_s, u"alpha"_s, chromiumCodes);
+    bundles.install(u"/a/listed.nine"_s, u"Beta 9"_s, chromiumCodes);
+    bundles.install(u"/a/listed.nine.too"_s, u"beta 9"_s, chromiumCodes);
+    bundles.install(u"/a/listed.capital"_s, u"Épsilon.APP"_s, chromiumCodes);
+    bundles.install(u"/a/listed.none"_s, u"Not a browser"_s, "");
+    bundles.install(u"/a/listed.nameless"_s, u"No identifier"_s, safariCodes);
+    bundles.applications.at(u"/a/listed.nameless"_s).bundle.bundleIdentifier.reset();
+    bundles.webHandlers.append(u"/a/gone"_s);
+    const auto names = [&bundles] {
+        QStringList result;
+        for (const Browser& browser : Browser::installed(bundles)) {
+            result.append(browser.name + (browser.isDefault ? u"*"_s : QString()));
+        }
+        return result;
+    };
+    const QStringList rest{u"alpha"_s, u"Beta 9"_s, u"beta 9"_s, u"Beta 10"_s, u"Épsilon.APP"_s};
+    EXPECT_EQ(names(), rest + QStringList{u"Zeta"_s});
+    bundles.defaultHandler = u"/a/listed.zeta"_s;
+    EXPECT_EQ(names(), QStringList{u"Zeta*"_s} + rest);
+    bundles.defaultHandler = u"/a/gone"_s;
+    EXPECT_EQ(names(), rest + QStringList{u"Zeta"_s});
+}
+
+} // namespace
+
+} // namespace orvanta
