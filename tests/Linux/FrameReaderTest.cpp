@@ -1,0 +1,95 @@
+#include "Linux/BrowserBridge/FrameReader.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace orvanta {
+
+namespace {
+
+std::string frame(std::string_view text) {
+    const FrameHeader header = frameHeader(text.size());
+    return std::string(header.data(), header.size()).append(text);
+}
+
+/// Gives the reader the bytes up to each of the cuts in turn, and returns the texts it finds.
+std::vector<std::string> read(FrameReader& reader, std::string_view bytes,
+                              std::vector<std::size_t> cuts) {
+    cuts.push_back(bytes.size());
+    std::vector<std::string> texts;
+    std::size_t from = 0;
+    for (const std::size_t to : cuts) {
+        // A copy of exactly this piece, so that reading beyond it is seen by a sanitizer.
+        const std::vector<char> piece(bytes.begin() + long(from), bytes.begin() + long(to));
+        std::string_view rest(piece.data(), piece.size());
+        while (const auto text = reader.next(rest)) {
+            texts.emplace_back(*text);
+        }
+        if (reader.error() == FrameReader::Error::None) {
+            EXPECT_TRUE(rest.empty());
+        }
+        from = to;
+    }
+    return texts;
+}
+
+} // namespace
+
+TEST(FrameReader, FindsTheSameFramesHoweverTheBytesAreCut) {
+    const std::vector<std::string> texts{"{}", std::string(1, '\0'), std::string(300, 'x'), "last"};
+    std::string bytes;
+    for (const std::string& text : texts) {
+        bytes += frame(text);
+    }
+    for (std::size_t first = 0; first <= bytes.size(); ++first) {
+        for (std::size_t second = first; second <= bytes.size(); ++second) {
+            FrameReader reader;
+            ASSERT_EQ(read(reader, bytes, {first, second}), texts) << first << ", " << second;
+        }
+    }
+    std::vector<std::size_t> everywhere(bytes.size());
+    for (std::size_t at = 0; at < everywhere.size(); ++at) {
+        everywhere[at] = at;
+    }
+    FrameReader reader;
+    EXPECT_EQ(read(reader, bytes, everywhere), texts);
+}
+
+TEST(FrameReader, TakesEveryLengthUpToTheLongest) {
+    std::mt19937 random(1);
+    FrameReader reader;
+    for (std::size_t length = 1; length <= longestFrame; ++length) {
+        const std::string text(length, char(length));
+        const std::string bytes = frame(text);
+        ASSERT_EQ(read(reader, bytes, {random() % bytes.size()}), std::vector{text});
+    }
+}
+
+TEST(FrameReader, EndsAtALengthThatNoFrameHas) {
+    struct Row {
+        std::uint32_t length;
+        FrameReader::Error error;
+    };
+    for (const Row& row :
+         {Row{0, FrameReader::Error::Empty}, Row{4097, FrameReader::Error::TooLong},
+          Row{0x7b226f72, FrameReader::Error::TooLong},
+          Row{0xffffffff, FrameReader::Error::TooLong}}) {
+        const auto header = std::bit_cast<FrameHeader>(row.length);
+        const std::string bytes =
+            frame("before") + std::string(header.data(), header.size()) + frame("behind");
+        for (std::size_t cut = 0; cut <= bytes.size(); ++cut) {
+            FrameReader reader;
+            EXPECT_EQ(read(reader, bytes, {cut}), std::vector<std::string>{"before"});
+            EXPECT_EQ(reader.error(), row.error) << row.length;
+            EXPECT_FALSE(reader.errorText().empty());
+            // Also what would be a frame is none any more.
+            EXPECT_TRUE(read(reader, frame("later"), {}).empty());
+        }
+    }
+}
+
+} // namespace orvanta
