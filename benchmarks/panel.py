@@ -16,7 +16,7 @@ import sys
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-sys.path.insert(0, str(ROOT / "tests" / "System"))
+sys.path.insert(0, str(ROOT / "desktop"))
 
 import desktop  # noqa: E402 (the path has just been set)
 import panels  # noqa: E402

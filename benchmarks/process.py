@@ -12,7 +12,7 @@ import shutil
 import sys
 import time
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "tests" / "System"))
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "desktop"))
 
 import desktop  # noqa: E402 (the path has just been set)
 

@@ -1,7 +1,5 @@
 // A status item without an application around it, for the tests with real panels: says on its
 // standard output what the desktop asks of it.
-//
-// status-item-demo SYMBOL PRODUCTION CONSUMPTION secondary|production|consumption
 
 #include "Linux/LinuxPlatform.h"
 
@@ -10,7 +8,7 @@
 
 #include <cstdio>
 
-using orvanta::StatusTitle;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -19,58 +17,38 @@ void say(const QString& text) {
     std::fflush(stdout);
 }
 
-StatusTitle::Tone toneNamed(const QString& name) {
-    if (name == QLatin1String("production")) {
-        return StatusTitle::Tone::production;
-    }
-    return name == QLatin1String("consumption") ? StatusTitle::Tone::consumption
-                                                : StatusTitle::Tone::secondary;
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
-    QApplication application(argc, argv);
+    const QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    const QStringList arguments = QApplication::arguments();
-    if (arguments.size() != 5) {
-        std::fputs("status-item-demo SYMBOL PRODUCTION CONSUMPTION TONE\n", stderr);
-        return 2;
-    }
 
     bool showsAll = false;
+    const auto showAll = [&showsAll] {
+        showsAll = !showsAll;
+        say(u"all %1"_s.arg(showsAll));
+    };
     orvanta::LinuxPlatform platform;
     const auto item = platform.makeStatusItem(
         {.activate =
              [](std::optional<QPoint> place) {
-                 say(place ? QStringLiteral("activate %1 %2").arg(place->x()).arg(place->y())
-                           : QStringLiteral("activate"));
+                 say(place ? u"activate %1 %2"_s.arg(place->x()).arg(place->y()) : u"activate"_s);
              },
          .menu =
-             [&showsAll] {
-                 say(QStringLiteral("menu"));
+             [&] {
+                 say(u"menu"_s);
                  return std::vector<orvanta::StatusMenuItem>{
-                     {QStringLiteral("Mostrar todos"),
-                      [&showsAll] {
-                          showsAll = !showsAll;
-                          say(QStringLiteral("all %1").arg(showsAll));
-                      },
-                      showsAll},
+                     {u"Mostrar todos"_s, showAll, showsAll},
                      {},
-                     {QStringLiteral("Ajustes…"), [] { say(QStringLiteral("settings")); }, {}},
-                     {},
-                     {QStringLiteral("Sair do orvanta"), &QCoreApplication::quit, {}}};
+                     {u"Sair do orvanta"_s, &QCoreApplication::quit, {}}};
              }});
-    item->setTitle({arguments[1], arguments[2], arguments[3], toneNamed(arguments[4])});
+    item->setTitle({u"↑"_s, u"63"_s, u"37"_s, orvanta::StatusTitle::Tone::production});
 
     // As while time is counted: another tooltip each second.
-    int seconds = 0;
-    const auto tick = [&] {
-        item->setToolTip(QStringLiteral("orvanta · %1s").arg(seconds++));
-    };
-    tick();
     QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, &application, tick);
+    QObject::connect(&timer, &QTimer::timeout, &timer, [&item, seconds = 0]() mutable {
+        item->setToolTip(u"orvanta · %1s"_s.arg(seconds++));
+    });
     timer.start(1000);
     return QApplication::exec();
 }

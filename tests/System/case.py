@@ -1,6 +1,7 @@
 """What every system test starts from: an empty desktop and Orvanta, not yet started."""
 
 import os
+import shutil
 import sys
 import time
 import unittest
@@ -17,26 +18,65 @@ TOLERANCE = 1.0
 SAVE_INTERVAL = 5.0
 
 
+class Store(desktop.Store):
+    """Seconds by key, as the session's activities have them and over all days."""
+
+    def _seconds(self, table):
+        there = self.path.exists() and self.rows(
+            f"SELECT name FROM sqlite_master WHERE name = '{table}'")
+        return dict(self.rows(f"SELECT ZKEY, SUM(ZSECONDS) FROM {table} GROUP BY ZKEY")
+                    if there else [])
+
+    def session_seconds(self):
+        return self._seconds("ZACTIVITY")
+
+    def history_seconds(self):
+        return self._seconds("ZDAYACTIVITY")
+
+    def total(self):
+        return sum(self.history_seconds().values())
+
+    def integrity(self):
+        return "\n".join(row[0] for row in self.rows("PRAGMA integrity_check"))
+
+    def copy_to(self, folder):
+        """A copy that SQLite must recover from the write-ahead log alone."""
+        folder.mkdir()
+        for suffix in ("", "-wal"):
+            source = self.path.with_name(self.path.name + suffix)
+            if source.exists():
+                shutil.copyfile(source, folder / source.name)
+        return Store(folder / self.path.name)
+
+
 class SystemTest(unittest.TestCase):
     maxDiff = None
 
     def setUp(self):
-        executable = os.environ.get("ORVANTA_EXECUTABLE")
-        self.assertTrue(executable, "ORVANTA_EXECUTABLE does not say what to test")
         self.desktop = desktop.Desktop(time_zone=desktop.zone_far_from_midnight())
         self.addCleanup(self.desktop.close)
         self.desktop.open()
-        self.orvanta = desktop.Orvanta(self.desktop, executable)
+        self.orvanta = desktop.Orvanta(self.desktop, os.environ["ORVANTA_EXECUTABLE"])
+        self.store = Store(self.orvanta.store.path)
         self.addCleanup(self._repeat_complaints)
 
     def _repeat_complaints(self):
-        complaints = self.orvanta.complaints()
-        if complaints:
+        if complaints := self.orvanta.complaints():
             print(f"Orvanta said: {complaints}", file=sys.stderr)
 
-    @property
-    def store(self):
-        return self.orvanta.store
+    def kill(self):
+        """Returns the moment of Orvanta's end."""
+        self.assertTrue(self.orvanta.is_running(), self.orvanta.complaints())
+        killed = time.monotonic()
+        self.orvanta.process.kill()
+        self.orvanta.process.wait()
+        return killed
+
+    def ask_to_end(self):
+        """Returns the moment of asking."""
+        asked, code = self.orvanta.ask_to_end()
+        self.assertEqual(code, 0)
+        return asked
 
     def wait_for_save(self):
         before = self.store.history_seconds()
@@ -50,17 +90,15 @@ class SystemTest(unittest.TestCase):
         self.assertEqual(self.store.total(), saved, "saved again within 2.5 s")
 
     def assert_seconds(self, expected):
-        """Both tables hold these keys with these seconds, and time of no others."""
-        for table, measured in (("ZACTIVITY", self.store.session_seconds()),
-                                ("ZDAYACTIVITY", self.store.history_seconds())):
+        """The store is sound, and both tables hold these seconds of these keys and no others."""
+        self.assertEqual(self.store.integrity(), "ok")
+        for table, measured in (("session", self.store.session_seconds()),
+                                ("history", self.store.history_seconds())):
             self.assertEqual({key for key, seconds in measured.items() if seconds}, set(expected),
                              table)
             for key, seconds in expected.items():
                 self.assertAlmostEqual(measured[key], seconds, delta=TOLERANCE,
                                        msg=f"{key} in {table}")
-
-    def assert_sound(self):
-        self.assertEqual(self.store.integrity(), "ok")
 
 
 def main():

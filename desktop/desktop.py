@@ -15,7 +15,6 @@ import select
 import shutil
 import signal
 import sqlite3
-import stat
 import subprocess
 import tempfile
 import time
@@ -24,9 +23,6 @@ import weakref
 
 # Long enough for a debug build on a busy machine; a condition that holds is seen within milliseconds.
 DEADLINE = 20.0
-
-# Dates in the store are seconds since 2001-01-01 00:00 UTC.
-STORE_EPOCH = 978307200.0
 
 DOMAIN = "com.brindlework.orvanta"
 
@@ -214,47 +210,25 @@ class Desktop:
         if self.window_manager.poll() is not None:
             raise DesktopError(f"openbox does not start: {self.log('openbox')}")
 
-    def kill_window_manager(self):
-        """Returns the moment of its end."""
-        self.window_manager.kill()
-        self.window_manager.wait()
-        ended = time.monotonic()
-        wait_until(lambda: not self.has_window_manager(), "the end of the window manager")
-        return ended
-
     def has_window_manager(self):
         """A window manager that was killed leaves the root's property behind, but not its window."""
         window = self._window_property("-root", "_NET_SUPPORTING_WM_CHECK")
         return (window is not None
                 and self._window_property("-id", window, "_NET_SUPPORTING_WM_CHECK") == window)
 
-    def kill_server(self):
-        """Returns the moment of its end. Of the desktop only close() works afterwards."""
-        self.server.kill()
-        self.server.wait()
-        ended = time.monotonic()
-        # It could not tidy up itself. Another server may already have taken the number over.
-        number = self.environment["DISPLAY"].removeprefix(":")
-        lock = pathlib.Path(f"/tmp/.X{number}-lock")
-        with contextlib.suppress(FileNotFoundError):
-            if lock.read_text().strip() == str(self.server.pid):
-                pathlib.Path(f"/tmp/.X11-unix/X{number}").unlink(missing_ok=True)
-                lock.unlink()
-        return ended
-
     def _start_spy(self):
         self._spy = self.spawn(["xprop", "-root", "-spy", "_NET_ACTIVE_WINDOW"],
                                stdout=subprocess.PIPE)
         os.set_blocking(self._spy.stdout.fileno(), False)
 
-    def spawn(self, command, environment=None, stdout=None, stderr=None, pass_fds=()):
+    def spawn(self, command, environment=None, stdout=None, pass_fds=()):
         """Starts a process that ends with the desktop. Its output goes to log/<name>."""
         name = os.path.basename(command[0])
         with open(self.folder / "log" / name, "ab") as log:
             process = subprocess.Popen(
                 command, env=self.environment if environment is None else environment,
                 cwd=self.folder / "home", stdin=subprocess.DEVNULL, stdout=stdout or log,
-                stderr=stderr or log, pass_fds=pass_fds, start_new_session=True,
+                stderr=log, pass_fds=pass_fds, start_new_session=True,
                 preexec_fn=_die_with_parent(os.getpid()))
         self._processes.append(process)
         return process
@@ -296,13 +270,6 @@ class Desktop:
             return None
 
         return [window for window in self.windows() if owner(window) == pid]
-
-    def title(self, window):
-        return self.run("xdotool", "getwindowname", str(window)).rstrip("\n")
-
-    def is_dialog(self, window):
-        kinds = self.run("xprop", "-id", str(window), "_NET_WM_WINDOW_TYPE")
-        return "_NET_WM_WINDOW_TYPE_DIALOG" in kinds
 
     def launch(self, *command):
         """Starts an application, waits for its window to be in front and returns it."""
@@ -431,7 +398,6 @@ class Orvanta:
         self.desktop = desktop
         self.executable = os.path.abspath(executable)
         self.process = None
-        self.started = None
         if not os.access(self.executable, os.X_OK):
             raise DesktopError(f"{self.executable} is not there or cannot be executed")
 
@@ -442,9 +408,9 @@ class Orvanta:
 
     def start(self, environment=None):
         """Starts it and returns the moment just before."""
-        self.started = time.monotonic()
+        started = time.monotonic()
         self.process = self.desktop.spawn([self.executable], environment=environment)
-        return self.started
+        return started
 
     def is_running(self):
         return self.process.poll() is None
@@ -456,15 +422,6 @@ class Orvanta:
         asked = time.monotonic()
         self.process.send_signal(number)
         return asked, self.wait()
-
-    def kill(self):
-        """Returns the moment of its end."""
-        if not self.is_running():
-            raise DesktopError(f"Orvanta had already ended: {self.complaints()}")
-        killed = time.monotonic()
-        self.process.kill()
-        self.process.wait()
-        return killed
 
     def wait(self, seconds=DEADLINE):
         try:
@@ -482,46 +439,7 @@ class Store:
     def __init__(self, path):
         self.path = pathlib.Path(path)
 
-    def exists(self):
-        return self.path.exists()
-
     def rows(self, query):
         address = f"file:{urllib.parse.quote(str(self.path))}?mode=ro"
         with contextlib.closing(sqlite3.connect(address, uri=True, timeout=5)) as connection:
             return connection.execute(query).fetchall()
-
-    def _tables_are_there(self):
-        return self.exists() and len(self.rows(
-            "SELECT name FROM sqlite_master WHERE name IN ('ZACTIVITY', 'ZDAYACTIVITY')")) == 2
-
-    def session_seconds(self):
-        """Key to seconds, as the activities have them."""
-        if not self._tables_are_there():
-            return {}
-        return dict(self.rows("SELECT ZKEY, ZSECONDS FROM ZACTIVITY"))
-
-    def history_seconds(self):
-        """Key to seconds, over all days."""
-        if not self._tables_are_there():
-            return {}
-        return dict(self.rows("SELECT ZKEY, SUM(ZSECONDS) FROM ZDAYACTIVITY GROUP BY ZKEY"))
-
-    def total(self):
-        return sum(self.history_seconds().values())
-
-    def integrity(self):
-        return "\n".join(row[0] for row in self.rows("PRAGMA integrity_check"))
-
-    def copy_to(self, folder):
-        """A copy that SQLite must recover from the write-ahead log alone."""
-        folder.mkdir()
-        for suffix in ("", "-wal"):
-            source = self.path.with_name(self.path.name + suffix)
-            if source.exists():
-                shutil.copyfile(source, folder / source.name)
-        return Store(folder / self.path.name)
-
-    def modes(self):
-        """File name to permission bits, of the store and its side files."""
-        return {entry.name: stat.S_IMODE(entry.stat().st_mode)
-                for entry in self.path.parent.iterdir() if entry.name.startswith(self.path.name)}
