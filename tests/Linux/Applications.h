@@ -9,6 +9,8 @@
 
 namespace orvanta {
 
+using namespace Qt::StringLiterals;
+
 /// A private folder of desktop entries, or of processes.
 class TemporaryFolder {
 public:
@@ -22,7 +24,7 @@ public:
 
     /// An entry whose program exists on every system.
     void writeEntry(const QString& id, const QByteArray& lines = {}) const {
-        write(id + QStringLiteral(".desktop"),
+        write(id + u".desktop"_s,
               "[Desktop Entry]\nType=Application\nName=" + id.toUtf8() + "\n" +
                   (lines.contains("Exec=") ? "" : "Exec=true %U\n") + lines);
     }

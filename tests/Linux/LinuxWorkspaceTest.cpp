@@ -1,6 +1,7 @@
 #include "Linux/LinuxWorkspace.h"
 
 #include "Applications.h"
+#include "Fakes/QtPrinters.h"
 
 #include <gmock/gmock.h>
 
@@ -13,80 +14,49 @@ public:
     ScriptedWindowWatcher()
         : WindowWatcher(State::Watching) {}
 
-    void show(const char* wmClass, std::optional<qint64> process, quint64 id = 1) {
+    void show(const QString& wmClass, qint64 process, quint64 id = 1) {
         Window window;
         window.id = id;
-        window.wmClass = QString::fromUtf8(wmClass);
+        window.wmClass = wmClass;
         window.processIdentifier = process;
         setActiveWindow(window);
     }
     void showNone() { setActiveWindow(std::nullopt); }
 };
 
-class LinuxWorkspaceTest : public testing::Test {
-protected:
-    LinuxWorkspaceTest() {
-        notifications.addObserver(Notification::DidActivateApplication, [this] { ++announced; });
-    }
-
-    QString frontmost() const {
-        const auto* application = workspace.frontmostApplication();
-        return application != nullptr ? application->bundleIdentifier : QStringLiteral("none");
-    }
-
+TEST(LinuxWorkspaceTest, AnotherApplicationIsAnnouncedAnotherWindowIsNot) {
     // No process has these numbers.
-    static constexpr qint64 first = 1'000'000'001;
-    static constexpr qint64 second = 1'000'000'002;
-    static constexpr qint64 own = 1'000'000'003;
-
-    TemporaryFolder applications;
+    constexpr qint64 first = 1'000'000'001;
+    constexpr qint64 second = 1'000'000'002;
+    constexpr qint64 own = 1'000'000'003;
+    const TemporaryFolder applications;
+    applications.writeEntry(u"org.example.App"_s);
     DesktopEntries entries{{applications.path()}};
     NotificationCenter notifications;
     ScriptedWindowWatcher watcher;
-    LinuxWorkspace workspace{watcher, entries, notifications, own,
-                             QStringLiteral("com.brindlework.orvanta")};
-    int announced = 0;
-};
+    watcher.show(u"Before"_s, first);
+    const LinuxWorkspace workspace{watcher, entries, notifications, own, u"own"_s};
+    const auto frontmost = [&] {
+        const auto* application = workspace.frontmostApplication();
+        return application != nullptr ? application->bundleIdentifier : u"none"_s;
+    };
+    std::vector<QString> announced;
+    notifications.addObserver(Notification::DidActivateApplication,
+                              [&] { announced.push_back(frontmost()); });
 
-TEST_F(LinuxWorkspaceTest, AnotherApplicationIsAnnouncedAnotherWindowIsNot) {
-    EXPECT_EQ(frontmost(), QStringLiteral("none"));
-    watcher.show("A", first);
-    EXPECT_EQ(announced, 1);
-    EXPECT_EQ(frontmost(), QStringLiteral("A"));
-    watcher.show("A", first, 2);
-    EXPECT_EQ(announced, 1);
-    watcher.show("A", second, 2);
-    EXPECT_EQ(announced, 2);
-    EXPECT_EQ(workspace.frontmostApplication()->processIdentifier, second);
-    watcher.show("B", second, 2);
-    EXPECT_EQ(announced, 3);
+    EXPECT_EQ(frontmost(), u"Before"_s);
+    watcher.show(u"A"_s, first);
+    watcher.show(u"A"_s, first, 2);
+    watcher.show(u"A"_s, second, 2);
+    watcher.show(u"B"_s, second, 2);
+    watcher.show(u"Whatever"_s, own);
     watcher.showNone();
-    EXPECT_EQ(announced, 4);
-    EXPECT_EQ(frontmost(), QStringLiteral("none"));
-}
+    EXPECT_THAT(announced, testing::ElementsAre(u"A"_s, u"A"_s, u"B"_s, u"own"_s, u"none"_s));
 
-TEST_F(LinuxWorkspaceTest, ObserversAlreadySeeTheNewAnswer) {
-    QString seen;
-    notifications.addObserver(Notification::DidActivateApplication, [&] { seen = frontmost(); });
-    watcher.show("A", first);
-    EXPECT_EQ(seen, QStringLiteral("A"));
-    watcher.show("Whatever", own);
-    EXPECT_EQ(seen, workspace.ownBundleIdentifier());
-}
-
-TEST_F(LinuxWorkspaceTest, AWindowFromBeforeAnyQuestionIsIdentifiedWhenAsked) {
-    watcher.show("A", first);
-    LinuxWorkspace late{watcher, entries, notifications, own, QStringLiteral("own")};
-    EXPECT_EQ(late.frontmostApplication()->bundleIdentifier, QStringLiteral("A"));
-}
-
-TEST_F(LinuxWorkspaceTest, ItAnswersForIdentifiers) {
-    applications.writeEntry(QStringLiteral("org.example.App"));
-    EXPECT_EQ(workspace.installLocation(QStringLiteral("org.example.App")),
-              applications.path(QStringLiteral("org.example.App.desktop")));
-    EXPECT_EQ(workspace.installLocation(QStringLiteral("org.example.Other")), std::nullopt);
-    EXPECT_TRUE(workspace.isSystemComponent(QStringLiteral("xfdesktop")));
-    EXPECT_FALSE(workspace.isSystemComponent(workspace.ownBundleIdentifier()));
+    EXPECT_EQ(workspace.installLocation(u"org.example.App"_s),
+              applications.path(u"org.example.App.desktop"_s));
+    EXPECT_EQ(workspace.installLocation(u"org.example.Other"_s), std::nullopt);
+    EXPECT_TRUE(workspace.isSystemComponent(u"xfdesktop"_s));
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "XServer.h"
+#include "Program.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -19,44 +19,43 @@ namespace orvanta {
 /// A message bus of our own, on which everybody may do everything.
 class PrivateBus {
 public:
-    PrivateBus()
-        : program_(QStringLiteral("dbus-daemon"),
-                   {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                    QStringLiteral("--print-address"),
-                    QStringLiteral("--address=unix:dir=") + directory_.path()},
-                   QProcessEnvironment::systemEnvironment()) {
-        EXPECT_TRUE(eventually([this] { return program_.process().canReadLine(); }));
-        address_ = QString::fromLatin1(program_.process().readLine().trimmed());
-    }
-
     /// Another participant.
     QDBusConnection connect() const {
         static int number = 0;
-        return QDBusConnection::connectToBus(address_, QStringLiteral("test%1").arg(++number));
+        return QDBusConnection::connectToBus(address_, u"test%1"_s.arg(++number));
     }
     void kill() { program_.kill(); }
 
 private:
     QTemporaryDir directory_;
-    Program program_;
-    QString address_;
+    Program program_{u"dbus-daemon"_s,
+                     {u"--session"_s, u"--nofork"_s, u"--print-address"_s,
+                      u"--address=unix:dir="_s + directory_.path()}};
+    QString address_ = QString::fromLatin1(program_.nextLine());
 };
 
-/// Returns once the bus has taken everything that this participant sent.
-inline void flush(const QDBusConnection& connection) {
-    connection.call(QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId")));
+inline QDBusMessage methodCall(const QString& service, const QString& path,
+                               const QString& interface, const QString& method,
+                               const QVariantList& arguments = {}) {
+    auto message = QDBusMessage::createMethodCall(service, path, interface, method);
+    message.setArguments(arguments);
+    return message;
 }
 
-/// Returns once everything that the bus had for this participant has been heard.
-inline void drain(const QDBusConnection& connection) {
-    const QDBusPendingCallWatcher answer(connection.asyncCall(QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId"))));
+/// The answer, which may be an error. All that came in before it has been heard.
+inline QDBusMessage ask(const QDBusConnection& connection, const QDBusMessage& question) {
+    const QDBusPendingCallWatcher answer(connection.asyncCall(question));
+    // Not `isFinished`: that is true before the signals that came first have been delivered.
     bool heard = false;
     QObject::connect(&answer, &QDBusPendingCallWatcher::finished, &answer, [&] { heard = true; });
-    EXPECT_TRUE(eventually([&] { return heard; }));
+    EXPECT_TRUE(eventually([&] { return heard; })) << qPrintable(question.member());
+    return answer.reply();
+}
+
+/// Returns once the bus has taken all from this participant, and this all that the bus had for it.
+inline void drain(const QDBusConnection& connection) {
+    const QString bus = u"org.freedesktop.DBus"_s;
+    ask(connection, methodCall(bus, u"/org/freedesktop/DBus"_s, bus, u"GetId"_s));
 }
 
 /// A service that says what a test dictates, at every path. Gone when destroyed.
@@ -66,48 +65,36 @@ public:
 
     explicit FakeService(const PrivateBus& bus)
         : connection_(bus.connect()) {
-        EXPECT_TRUE(
-            connection_.registerVirtualObject(QStringLiteral("/"), this, QDBusConnection::SubPath));
-    }
-    FakeService(const PrivateBus& bus, const char* name)
-        : FakeService(bus) {
-        own(name);
+        EXPECT_TRUE(connection_.registerVirtualObject(u"/"_s, this, QDBusConnection::SubPath));
     }
     ~FakeService() override { QDBusConnection::disconnectFromBus(connection_.name()); }
     FakeService(const FakeService&) = delete;
     FakeService& operator=(const FakeService&) = delete;
 
-    void own(const char* name) {
-        EXPECT_TRUE(connection_.registerService(QLatin1String(name))) << name;
-    }
-    void disown(const char* name) {
-        EXPECT_TRUE(connection_.unregisterService(QLatin1String(name))) << name;
-    }
+    void own(const QString& name) { EXPECT_TRUE(connection_.registerService(name)); }
+    void disown(const QString& name) { connection_.unregisterService(name); }
 
     /// What calls of this method are answered with; with nothing, an error.
-    void on(const char* member, Answer answer) {
-        answers_[QLatin1String(member)] = std::move(answer);
-    }
-    void on(const char* member, const QVariant& answer) {
+    void on(const QString& member, Answer answer) { answers_[member] = std::move(answer); }
+    void on(const QString& member, const QVariant& answer) {
         on(member, [answer](const QDBusMessage&) { return QVariantList{answer}; });
     }
-    void ignore(const char* member) { ignored_.insert(QLatin1String(member)); }
-    int calls(const char* member) const {
-        const auto found = calls_.find(QLatin1String(member));
+    void ignore(const QString& member) { ignored_.insert(member); }
+    int calls(const QString& member) const {
+        const auto found = calls_.find(member);
         return found == calls_.end() ? 0 : found->second;
     }
 
-    void say(const char* path, const char* interface, const char* member,
-             const QVariantList& arguments = {}) const {
-        auto signal = QDBusMessage::createSignal(QLatin1String(path), QLatin1String(interface),
-                                                 QLatin1String(member));
+    void say(const QString& path, const QString& interface, const QString& member,
+             const QVariantList& arguments = {}, const QString& toWhom = {}) const {
+        auto signal = QDBusMessage::createTargetedSignal(toWhom, path, interface, member);
         signal.setArguments(arguments);
         EXPECT_TRUE(connection_.send(signal));
     }
-    void change(const char* path, const char* interface, const QVariantMap& values,
+    void change(const QString& path, const QString& interface, const QVariantMap& values,
                 const QStringList& invalidated = {}) const {
-        say(path, "org.freedesktop.DBus.Properties", "PropertiesChanged",
-            {QLatin1String(interface), values, invalidated});
+        say(path, u"org.freedesktop.DBus.Properties"_s, u"PropertiesChanged"_s,
+            {interface, values, invalidated});
     }
     const QDBusConnection& connection() const { return connection_; }
 

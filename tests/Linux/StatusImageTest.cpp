@@ -3,20 +3,17 @@
 #include <QColor>
 #include <QSet>
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace orvanta {
 
 namespace {
 
+using namespace Qt::StringLiterals;
 using Tone = StatusTitle::Tone;
 
-StatusTitle title(const char* symbol, const char* production, Tone tone) {
-    return {QString::fromUtf8(symbol), QString::fromUtf8(production), QStringLiteral("50"), tone};
-}
-
 /// The smallest rectangle around all pixels at least this opaque.
-QRect inkOf(const QImage& image, int opacity) {
+QRect inkOf(const QImage& image, int opacity = 200) {
     QRect ink;
     for (int y = 0; y < image.height(); ++y) {
         for (int x = 0; x < image.width(); ++x) {
@@ -38,102 +35,75 @@ int count(const QImage& image, QRgb colour) {
     return found;
 }
 
-const std::vector<StatusTitle> titles{
-    title("↑", "63", Tone::production), title("↑", "100", Tone::production),
-    title("↓", "0", Tone::consumption), title("↓", "49", Tone::consumption),
-    title("Ⅱ", "63", Tone::secondary),  title("Ⅱ", "—", Tone::secondary),
-    title("↑", "—", Tone::secondary)};
-
-TEST(StatusImageTest, EverythingIsInsideAndTheHeightIsUsed) {
+TEST(StatusImageTest, EverythingIsInsideLargeAndInTheColourOfTheTone) {
+    const QRgb green = QColor::fromRgbF(0.25F, 0.76F, 0.29F).rgb();
+    const QRgb red = QColor::fromRgbF(0.82F, 0.14F, 0.23F).rgb();
+    const QRgb grey = qRgb(142, 142, 147);
+    const std::pair<StatusTitle, QRgb> rows[] = {{{u"↑"_s, u"63"_s, {}, Tone::production}, green},
+                                                 {{u"↑"_s, u"100"_s, {}, Tone::production}, green},
+                                                 {{u"↓"_s, u"0"_s, {}, Tone::consumption}, red},
+                                                 {{u"↓"_s, u"49"_s, {}, Tone::consumption}, red},
+                                                 {{u"Ⅱ"_s, u"63"_s, {}, Tone::secondary}, grey},
+                                                 {{u"Ⅱ"_s, u"—"_s, {}, Tone::secondary}, grey}};
     for (const int edge : statusImageEdges) {
-        for (const StatusTitle& shown : titles) {
-            const QImage image = statusImage(shown, edge);
+        for (const auto& [title, colour] : rows) {
+            SCOPED_TRACE(testing::Message() << edge << qPrintable(title.text()));
+            const QImage image = statusImage(title, edge);
             ASSERT_EQ(image.size(), QSize(edge, edge));
-            const QRect ink = inkOf(image, 200);
-            EXPECT_TRUE(image.rect().adjusted(1, 1, -1, -1).contains(ink))
-                << edge << qPrintable(shown.text());
-            if (shown.productionShare != QStringLiteral("—")) {
-                EXPECT_GE(ink.height(), edge * 3 / 4) << edge << qPrintable(shown.text());
+            const QRect ink = inkOf(image);
+            EXPECT_TRUE(image.rect().adjusted(1, 1, -1, -1).contains(ink));
+            if (title.productionShare != u"—"_s) {
+                EXPECT_GE(ink.height(), edge * 3 / 4);
+                EXPECT_GE(count(image, colour), edge * edge / 16);
             }
         }
     }
-}
-
-TEST(StatusImageTest, TwoDigitsAreLargeEnoughToReadAt22Pixels) {
-    const QImage image = statusImage(title("↑", "88", Tone::production), 22);
-    // Below the arrow and the gap.
-    const QRect digits = inkOf(image.copy(0, 8, 22, 14), 200);
+    // Below the arrow and the gap; large enough to read.
+    const QImage small = statusImage({u"↑"_s, u"88"_s, {}, Tone::production}, 22);
+    const QRect digits = inkOf(small.copy(0, 8, 22, 14));
     EXPECT_GE(digits.height(), 12);
     EXPECT_GE(digits.width(), 17);
 }
 
-TEST(StatusImageTest, TheInkHasTheColourOfTheTone) {
-    const QRgb green = QColor::fromRgbF(0.25F, 0.76F, 0.29F).rgb();
-    const QRgb red = QColor::fromRgbF(0.82F, 0.14F, 0.23F).rgb();
-    for (const int edge : statusImageEdges) {
-        const QImage production = statusImage(title("↑", "63", Tone::production), edge);
-        const QImage consumption = statusImage(title("↓", "37", Tone::consumption), edge);
-        const QImage secondary = statusImage(title("Ⅱ", "63", Tone::secondary), edge);
-        EXPECT_GE(count(production, green), edge * edge / 16) << edge;
-        EXPECT_GE(count(consumption, red), edge * edge / 16) << edge;
-        for (int y = 0; y < edge; ++y) {
-            for (int x = 0; x < edge; ++x) {
-                const QColor grey = secondary.pixelColor(x, y);
-                EXPECT_LE(grey.alpha() > 200 ? grey.saturation() : 0, 24);
-            }
-        }
-    }
-}
-
 TEST(StatusImageTest, EachShareAndEachSymbolLooksDifferent) {
     QSet<QByteArray> seen;
-    const auto add = [&seen](const StatusTitle& shown) {
-        const QImage image = statusImage(shown, 22);
+    const auto add = [&seen](const QString& symbol, const QString& share) {
+        const QImage image = statusImage({symbol, share, {}, Tone::secondary}, 22);
         seen.insert(
             QByteArray(reinterpret_cast<const char*>(image.constBits()), image.sizeInBytes()));
     };
     for (int share = 0; share <= 100; ++share) {
-        add(title("↑", qPrintable(QString::number(share)), Tone::secondary));
+        add(u"↑"_s, QString::number(share));
     }
-    for (const char* symbol : {"↓", "Ⅱ", "?"}) {
-        add(title(symbol, "63", Tone::secondary));
+    add(u"↑"_s, u"—"_s);
+    for (const QString& symbol : {u"↓"_s, u"Ⅱ"_s, u"?"_s}) {
+        add(symbol, u"63"_s);
     }
-    add(title("↑", "—", Tone::secondary));
     EXPECT_EQ(seen.size(), 105);
 }
 
 TEST(StatusImageTest, TheArrowPointsUpOrDown) {
-    const auto widthAt = [](const QImage& image, int y) {
+    const auto widthAt = [](const QString& symbol, int y) {
+        const QImage image = statusImage({symbol, u"1"_s, {}, Tone::production}, 44);
         return inkOf(image.copy(0, y, image.width(), 1), 128).width();
     };
-    const QImage up = statusImage(title("↑", "1", Tone::production), 44);
-    EXPECT_LT(widthAt(up, 3), widthAt(up, 10));
-    const QImage down = statusImage(title("↓", "1", Tone::consumption), 44);
-    EXPECT_GT(widthAt(down, 33), widthAt(down, 40));
+    EXPECT_LT(widthAt(u"↑"_s, 3), widthAt(u"↑"_s, 10));
+    EXPECT_GT(widthAt(u"↓"_s, 33), widthAt(u"↓"_s, 40));
 }
 
 TEST(StatusImageTest, TheWideImageHoldsTheWholeTitle) {
-    int lastWidth = 0;
-    for (const auto& [production, consumption] :
-         {std::pair("—", "—"), std::pair("63", "37"), std::pair("100", "0")}) {
-        const StatusTitle shown{QStringLiteral("↑"), QString::fromUtf8(production),
-                                QString::fromUtf8(consumption), Tone::production};
-        for (const int height : {16, 21, wideStatusImageHeight}) {
-            const QImage image = wideStatusImage(shown, height);
-            ASSERT_EQ(image.height(), height);
-            const QRect ink = inkOf(image, 200);
-            EXPECT_TRUE(image.rect().contains(ink));
-            EXPECT_LE(image.width() - ink.right(), 4) << "nothing empty at the end";
-            lastWidth = image.width();
-        }
-        EXPECT_GT(lastWidth, wideStatusImageHeight * 3 / 2);
+    const auto wide = [](const QString& production, const QString& consumption) {
+        return wideStatusImage({u"↑"_s, production, consumption, Tone::production},
+                               wideStatusImageHeight);
+    };
+    for (const QImage& image :
+         {wide(u"—"_s, u"—"_s), wide(u"63"_s, u"37"_s), wide(u"100"_s, u"0"_s)}) {
+        ASSERT_EQ(image.height(), wideStatusImageHeight);
+        EXPECT_TRUE(image.rect().adjusted(1, 1, -1, -1).contains(inkOf(image)));
+        EXPECT_LE(image.width() - inkOf(image).right(), 4) << "nothing empty at the end";
+        EXPECT_GT(image.width(), wideStatusImageHeight * 3 / 2);
     }
-    EXPECT_NE(wideStatusImage({QStringLiteral("↑"), QStringLiteral("63"), QStringLiteral("37"),
-                               Tone::production},
-                              42),
-              wideStatusImage({QStringLiteral("↑"), QStringLiteral("63"), QStringLiteral("36"),
-                               Tone::production},
-                              42));
+    EXPECT_NE(wide(u"63"_s, u"37"_s), wide(u"63"_s, u"36"_s));
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include <QCoreApplication>
+#include <QGuiApplication>
 
 #include <gmock/gmock.h>
 
@@ -7,6 +7,7 @@
 int main(int argc, char** argv) {
     ::testing::InitGoogleMock(&argc, argv);
     std::signal(SIGPIPE, SIG_IGN); // As the application does.
-    const QCoreApplication application(argc, argv);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QGuiApplication application(argc, argv);
     return RUN_ALL_TESTS();
 }
