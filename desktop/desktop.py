@@ -248,6 +248,15 @@ class Desktop:
             raise DesktopError(f"{' '.join(command)}: {result.stderr.strip()}")
         return result.stdout
 
+    def call(self, service, path, method, *arguments):
+        """Over the session bus; the answer as gdbus writes it."""
+        return self.run("gdbus", "call", "--session", "--dest", service, "--object-path", path,
+                        "--method", method, *arguments)
+
+    def read(self, service, path, interface, name):
+        """A property, over the session bus."""
+        return self.call(service, path, "org.freedesktop.DBus.Properties.Get", interface, name)
+
     def _window_property(self, *arguments):
         with contextlib.suppress(DesktopError):
             found = re.search(r"window id # (0x[0-9a-f]+)", self.run("xprop", *arguments))

@@ -1,4 +1,4 @@
-"""A panel with a status area, on a virtual desktop."""
+"""Panels with a status area, on a virtual desktop."""
 
 import desktop
 
@@ -10,7 +10,6 @@ _XFCE_SETTINGS = """<?xml version="1.0" encoding="UTF-8"?>
   <property name="configver" type="int" value="2"/>
   <property name="panels" type="array">
     <value type="int" value="1"/>
-    <property name="dark-mode" type="bool" value="{dark}"/>
     <property name="panel-1" type="empty">
       <property name="position" type="string" value="p=6;x=0;y=0"/>
       <property name="position-locked" type="bool" value="true"/>
@@ -32,14 +31,13 @@ _XFCE_SETTINGS = """<?xml version="1.0" encoding="UTF-8"?>
 class XfcePanel:
     """xfce4-panel along the top of the screen, with nothing but its status area."""
 
-    def __init__(self, place, dark=False):
+    def __init__(self, place):
         self._place = place
         self._process = None
         self.area = (0, 0, 1280, 28)
         folder = place.folder / "config" / "xfce4" / "xfconf" / "xfce-perchannel-xml"
         folder.mkdir(parents=True, exist_ok=True)
-        (folder / "xfce4-panel.xml").write_text(
-            _XFCE_SETTINGS.format(dark=str(dark).lower()))
+        (folder / "xfce4-panel.xml").write_text(_XFCE_SETTINGS)
         self._settings = place.spawn([_XFCONFD])
         desktop.wait_until(lambda: has_owner(place, "org.xfce.Xfconf"), "the panel's settings")
 
@@ -62,8 +60,24 @@ class XfcePanel:
             desktop.wait_until(lambda name=name: not has_owner(self._place, name), f"the end of {name}")
 
 
+class EmbeddingTray:
+    """trayer, which knows only windows that are embedded in it, in a corner at the bottom."""
+
+    def __init__(self, place):
+        self._place = place
+        self._process = None
+        self.area = (0, 772, 200, 28)
+
+    def start(self):
+        self._process = self._place.spawn(
+            ["trayer", "--edge", "bottom", "--align", "left", "--widthtype", "pixel",
+             "--width", "200", "--heighttype", "pixel", "--height", "28"])
+
+    def kill(self):
+        self._process.kill()
+        self._process.wait()
+
+
 def has_owner(place, name):
-    answer = place.run("gdbus", "call", "--session", "--dest", "org.freedesktop.DBus",
-                       "--object-path", "/org/freedesktop/DBus",
-                       "--method", "org.freedesktop.DBus.NameHasOwner", name)
-    return "true" in answer
+    return "true" in place.call("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                "org.freedesktop.DBus.NameHasOwner", name)

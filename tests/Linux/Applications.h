@@ -24,9 +24,8 @@ public:
 
     /// An entry whose program exists on every system.
     void writeEntry(const QString& id, const QByteArray& lines = {}) const {
-        write(id + u".desktop"_s,
-              "[Desktop Entry]\nType=Application\nName=" + id.toUtf8() + "\n" +
-                  (lines.contains("Exec=") ? "" : "Exec=true %U\n") + lines);
+        write(id + u".desktop"_s, "[Desktop Entry]\nType=Application\nName=" + id.toUtf8() + "\n" +
+                                      (lines.contains("Exec=") ? "" : "Exec=true %U\n") + lines);
     }
 
 private:

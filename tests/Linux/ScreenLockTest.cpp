@@ -1,21 +1,20 @@
-#include "Fakes/HandMainLoop.h"
-#include "Linux/Presence/Calm.h"
 #include "Linux/Presence/ScreenLock.h"
 
-#include <gmock/gmock.h>
+#include "Fakes/HandMainLoop.h"
 
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <map>
 #include <string>
-#include <vector>
 
 namespace orvanta {
-
-namespace {
 
 /// Each letter is something that the desktop says: L and U ask to lock and to unlock; h, n and ?
 /// are the hint's yes, no and unknown; s and o the saver's on and off; w waits half a minute, and
 /// i an instant less. The answer after each is X for locked, s for only saved, . for neither.
 TEST(ScreenLockTest, TellsALockFromASaverAndNeverStaysDeaf) {
-    const std::vector<std::pair<std::string, std::string>> rows{
+    const std::pair<std::string, std::string> rows[] = {
         {"hn", "X."},           // the hint alone
         {"so", "X."},           // a saver where no hint is known
         {"nsho", ".sXX"},       // a saver, then its lock
@@ -36,36 +35,47 @@ TEST(ScreenLockTest, TellsALockFromASaverAndNeverStaysDeaf) {
     for (const auto& [said, expected] : rows) {
         HandMainLoop loop;
         ScreenLock lock(loop, [] {});
+        const std::map<char, std::function<void()>> words{
+            {'L',
+             [&] {
+                 lock.requestLock();
+             }},
+            {'U',
+             [&] {
+                 lock.requestUnlock();
+             }},
+            {'h',
+             [&] {
+                 lock.setHint(true);
+             }},
+            {'n',
+             [&] {
+                 lock.setHint(false);
+             }},
+            {'?',
+             [&] {
+                 lock.setHint(std::nullopt);
+             }},
+            {'s',
+             [&] {
+                 lock.setSaverActive(true);
+             }},
+            {'o',
+             [&] {
+                 lock.setSaverActive(false);
+             }},
+            {'w',
+             [&] {
+                 loop.advance(30.0);
+             }},
+            {'i',
+             [&] {
+                 loop.advance(29.9);
+             }},
+        };
         std::string seen;
         for (const char word : said) {
-            switch (word) {
-            case 'L':
-                lock.requestLock();
-                break;
-            case 'U':
-                lock.requestUnlock();
-                break;
-            case 'h':
-                lock.setHint(true);
-                break;
-            case 'n':
-                lock.setHint(false);
-                break;
-            case '?':
-                lock.setHint(std::nullopt);
-                break;
-            case 's':
-                lock.setSaverActive(true);
-                break;
-            case 'o':
-                lock.setSaverActive(false);
-                break;
-            case 'w':
-                loop.advance(30.0);
-                break;
-            default:
-                loop.advance(29.9);
-            }
+            words.at(word)();
             EXPECT_FALSE(lock.isLocked() && lock.isOnlySaved()) << said;
             seen += lock.isLocked() ? 'X' : lock.isOnlySaved() ? 's' : '.';
         }
@@ -74,28 +84,5 @@ TEST(ScreenLockTest, TellsALockFromASaverAndNeverStaysDeaf) {
         EXPECT_EQ(loop.armedCount(), 0U) << said;
     }
 }
-
-TEST(CalmTest, PassesTheFirstAndTheLastOfAStormOn) {
-    HandMainLoop loop;
-    std::vector<std::pair<double, bool>> passed;
-    Calm calm(loop, [&](bool state) { passed.emplace_back(loop.now(), state); });
-    calm.set(false);
-    EXPECT_TRUE(passed.empty());
-    for (int i = 0; i < 10'001; ++i) {
-        calm.set(i % 2 == 0);
-    }
-    calm.set(false);
-    loop.advance(0.9);
-    calm.set(true);
-    calm.set(false);
-    loop.advance(10.0);
-    calm.set(true);
-    using Pair = std::pair<double, bool>;
-    EXPECT_THAT(passed, testing::ElementsAre(Pair(0.0, true), Pair(1.0, false), Pair(10.9, true)));
-    loop.advance(1.0);
-    EXPECT_EQ(loop.armedCount(), 0U);
-}
-
-} // namespace
 
 } // namespace orvanta

@@ -4,7 +4,6 @@
 #include "Linux/LinuxPlatform.h"
 
 #include <QApplication>
-#include <QTimer>
 
 #include <cstdio>
 
@@ -28,27 +27,15 @@ int main(int argc, char** argv) {
         showsAll = !showsAll;
         say(u"all %1"_s.arg(showsAll));
     };
+    const auto activate = [](std::optional<QPoint> place) {
+        say(place ? u"activate %1 %2"_s.arg(place->x()).arg(place->y()) : u"activate"_s);
+    };
     orvanta::LinuxPlatform platform;
     const auto item = platform.makeStatusItem(
-        {.activate =
-             [](std::optional<QPoint> place) {
-                 say(place ? u"activate %1 %2"_s.arg(place->x()).arg(place->y()) : u"activate"_s);
-             },
-         .menu =
-             [&] {
-                 say(u"menu"_s);
-                 return std::vector<orvanta::StatusMenuItem>{
-                     {u"Mostrar todos"_s, showAll, showsAll},
-                     {},
-                     {u"Sair do orvanta"_s, &QCoreApplication::quit, {}}};
-             }});
+        {activate, [&] {
+             return std::vector<orvanta::StatusMenuItem>{
+                 {u"Mostrar todos"_s, showAll, showsAll}, {}, {u"Sair"_s, &QApplication::quit, {}}};
+         }});
     item->setTitle({u"↑"_s, u"63"_s, u"37"_s, orvanta::StatusTitle::Tone::production});
-
-    // As while time is counted: another tooltip each second.
-    QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, &timer, [&item, seconds = 0]() mutable {
-        item->setToolTip(u"orvanta · %1s"_s.arg(seconds++));
-    });
-    timer.start(1000);
     return QApplication::exec();
 }

@@ -23,30 +23,26 @@ class Away(case.SystemTest):
         environment["XDG_SESSION_ID"] = "c1"
         for template in ("logind", "gnome_screensaver"):
             self.desktop.spawn(["/usr/bin/python3", "-m", "dbusmock", "--template", template])
-        self._call_when_there(LOGIND, f"{MOCK}.AddSession", "c1", "seat0", "1000", "somebody",
+        self._call_when_there(*LOGIND, f"{MOCK}.AddSession", "c1", "seat0", "1000", "somebody",
                               "true")
-        self._call_when_there(SAVER, "org.gnome.ScreenSaver.GetActive")
+        self._call_when_there(*SAVER, "org.gnome.ScreenSaver.GetActive")
         self.desktop.launch_xterm()
-
-    def call(self, whom, method, *arguments):
-        return self.desktop.run("gdbus", "call", "--session", "--dest", whom[0], "--object-path",
-                                whom[1], "--method", method, *arguments)
 
     def _call_when_there(self, *call):
         def answered():
             try:
-                return self.call(*call)
+                return self.desktop.call(*call)
             except desktop.DesktopError:
                 return None
 
         desktop.wait_until(answered, call[0])
 
     def prepare_for_sleep(self, begins):
-        self.call(LOGIND, f"{MOCK}.EmitSignal", "org.freedesktop.login1.Manager",
+        self.desktop.call(*LOGIND, f"{MOCK}.EmitSignal", "org.freedesktop.login1.Manager",
                   "PrepareForSleep", "b", f"[<{begins}>]")
 
     def _session_property(self, name, value):
-        self.call(SESSION, f"{MOCK}.UpdateProperties", "org.freedesktop.login1.Session",
+        self.desktop.call(*SESSION, f"{MOCK}.UpdateProperties", "org.freedesktop.login1.Session",
                   f"{{'{name}': <{value}>}}")
 
     def switch_session(self, begins):
@@ -56,7 +52,7 @@ class Away(case.SystemTest):
         self._session_property("LockedHint", begins)
 
     def save_the_screen(self, begins):
-        self.call(SAVER, "org.gnome.ScreenSaver.SetActive", begins)
+        self.desktop.call(*SAVER, "org.gnome.ScreenSaver.SetActive", begins)
 
     def blank_the_displays(self, begins):
         self.desktop.run("xset", "s", "activate" if begins == "true" else "reset")

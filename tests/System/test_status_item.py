@@ -13,24 +13,6 @@ PRODUCTION = (64, 194, 74)
 SECONDARY = (142, 142, 147)
 
 
-class EmbeddingTray:
-    """trayer, which knows only windows that are embedded in it, in a corner at the bottom."""
-
-    def __init__(self, place):
-        self._place = place
-        self._process = None
-        self.area = (0, 772, 200, 28)
-
-    def start(self):
-        self._process = self._place.spawn(
-            ["trayer", "--edge", "bottom", "--align", "left", "--widthtype", "pixel",
-             "--width", "200", "--heighttype", "pixel", "--height", "28"])
-
-    def kill(self):
-        self._process.kill()
-        self._process.wait()
-
-
 def ink(place, panel, colour):
     """Where the panel has this colour: the midst of it, or nothing."""
     left, top, width, height = panel.area
@@ -43,20 +25,11 @@ def ink(place, panel, colour):
     return found[len(found) // 2] if len(found) >= 20 else None
 
 
-def call(place, service, path, method, *arguments):
-    return place.run("gdbus", "call", "--session", "--dest", service, "--object-path", path,
-                     "--method", method, *arguments)
-
-
-def read(place, service, path, interface, name):
-    return call(place, service, path, "org.freedesktop.DBus.Properties.Get", interface, name)
-
-
 def registered_items(place):
     """What the watcher has, as bus names with a path."""
-    return re.findall(r"'([^']*)'", read(
-        place, "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher",
-        "org.kde.StatusNotifierWatcher", "RegisteredStatusNotifierItems"))
+    return re.findall(r"'([^']*)'", place.read(
+        "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "org.kde.StatusNotifierWatcher",
+        "RegisteredStatusNotifierItems"))
 
 
 def click(place, position, button):
@@ -87,10 +60,10 @@ class Application(case.SystemTest):
         service = registered_items(self.desktop)[0].partition("/")[0]
         for name, value in (("Title", "'↑ —/—'"),
                             ("ToolTip", "orvanta · Sem dados classificados")):
-            self.assertIn(value, read(self.desktop, service, "/StatusNotifierItem",
-                                      "org.kde.StatusNotifierItem", name))
-        self.assertIn("'Sair do orvanta'", call(self.desktop, service, "/MenuBar",
-                                                "com.canonical.dbusmenu.GetLayout", "0", "1", "[]"))
+            self.assertIn(value, self.desktop.read(service, "/StatusNotifierItem",
+                                                   "org.kde.StatusNotifierItem", name))
+        self.assertIn("'Sair do orvanta'", self.desktop.call(
+            service, "/MenuBar", "com.canonical.dbusmenu.GetLayout", "0", "1", "[]"))
         choose(self.desktop, position, "Up")
         self.assertEqual(self.orvanta.wait(), 0)
         self.assertEqual(self.store.integrity(), "ok")
@@ -104,11 +77,6 @@ class StatusItem(unittest.TestCase):
 
     def start_demo(self):
         self.demo = self.desktop.spawn([os.environ["ORVANTA_STATUS_ITEM_DEMO"]])
-        self.bus_name = f"org.kde.StatusNotifierItem-{self.demo.pid}-1"
-
-    def end_demo(self):
-        self.demo.terminate()
-        self.demo.wait(desktop.DEADLINE)
 
     def said(self):
         return self.desktop.log(os.path.basename(os.environ["ORVANTA_STATUS_ITEM_DEMO"]))
@@ -131,10 +99,9 @@ class StatusItem(unittest.TestCase):
         self.assertLess(abs(x - position[0]) + abs(y - position[1]), 40)
 
         # The arrow keys find the entries; the last one ends the program.
-        before = self.said().count("menu")
-        choose(self.desktop, position, "Down")
-        self.wait_for_words("all 1")
-        self.assertGreater(self.said().count("menu"), before, "asked anew")
+        for words in ("all 1", "all 0"):
+            choose(self.desktop, position, "Down")
+            self.wait_for_words(words)
         choose(self.desktop, position, "Up")
         self.assertEqual(self.demo.wait(desktop.DEADLINE), 0, self.said())
         self.wait_for_no_ink(panel)
@@ -146,32 +113,13 @@ class StatusItem(unittest.TestCase):
         self.assert_clicks_arrive(panel)
 
     def test_clicks_arrive_from_a_tray_that_only_embeds_windows(self):
-        tray = EmbeddingTray(self.desktop)
+        tray = panels.EmbeddingTray(self.desktop)
         self.start_demo()
         tray.start()
         self.assert_clicks_arrive(tray)
 
-    def test_a_panel_shows_it_whichever_starts_first_and_again_after_its_restart(self):
-        for dark in (False, True):
-            with self.subTest(dark=dark):
-                panel = panels.XfcePanel(self.desktop, dark=dark)
-                self.start_demo()
-                for _ in range(2):
-                    panel.start()
-                    self.wait_for_ink(panel)
-                    self.assertEqual(registered_items(self.desktop),
-                                     [f"{self.bus_name}/StatusNotifierItem"])
-                    panel.kill()
-                    self.assertIsNone(self.demo.poll(), self.said())
-                self.end_demo()
-                panel.start()
-                self.start_demo()
-                self.wait_for_ink(panel)
-                self.end_demo()
-                panel.close()
-
     def test_it_moves_from_the_tray_to_a_panel_and_back_and_is_never_in_both(self):
-        tray = EmbeddingTray(self.desktop)
+        tray = panels.EmbeddingTray(self.desktop)
         panel = panels.XfcePanel(self.desktop)
         self.start_demo()
         for _ in range(2):
@@ -180,28 +128,11 @@ class StatusItem(unittest.TestCase):
             panel.start()
             self.wait_for_ink(panel)
             self.wait_for_no_ink(tray)
-            self.assertEqual(len(registered_items(self.desktop)), 1)
+            self.assertEqual(registered_items(self.desktop), [
+                f"org.kde.StatusNotifierItem-{self.demo.pid}-1/StatusNotifierItem"])
             # The panel has taken the trays' place over, and an ousted tray does not ask for it again.
             tray.kill()
             panel.kill()
-
-    def test_nothing_is_said_on_the_bus_while_only_the_tooltip_changes(self):
-        panel = panels.XfcePanel(self.desktop)
-        panel.start()
-        self.start_demo()
-        self.wait_for_ink(panel)
-        time.sleep(2)
-        self.desktop.spawn(["dbus-monitor", "--session", "--profile", f"sender='{self.bus_name}'",
-                            f"destination='{self.bus_name}'"])
-        desktop.wait_until(lambda: "NameAcquired" in self.desktop.log("dbus-monitor"), "a monitor")
-        time.sleep(5)
-        self.assertEqual(self.heard(), [])
-        click(self.desktop, self.wait_for_ink(panel), 1)
-        desktop.wait_until(self.heard, "a sign that the monitor hears")
-
-    def heard(self):
-        return [line for line in self.desktop.log("dbus-monitor").splitlines()
-                if not re.search(r"^#|NameAcquired|NameLost", line)]
 
 
 if __name__ == "__main__":
