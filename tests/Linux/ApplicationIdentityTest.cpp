@@ -5,7 +5,7 @@
 
 #include <gmock/gmock.h>
 
-namespace orvanta {
+using namespace orvanta;
 
 namespace {
 
@@ -116,5 +116,3 @@ TEST_F(ApplicationIdentityTest, BrokenSandboxMetadataIsPassedOver) {
 }
 
 } // namespace
-
-} // namespace orvanta

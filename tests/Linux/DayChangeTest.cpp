@@ -12,11 +12,10 @@
 #include <string>
 #include <vector>
 
-namespace orvanta {
+using namespace orvanta;
+using namespace Qt::StringLiterals;
 
 namespace {
-
-using namespace Qt::StringLiterals;
 
 std::chrono::sys_seconds utc(const QString& text) {
     const auto moment = QDateTime::fromString(text, Qt::ISODate);
@@ -104,5 +103,3 @@ TEST_F(DayChangeTest, ANewZoneIsToldBeforeTheDayIsAnother) {
 }
 
 } // namespace
-
-} // namespace orvanta

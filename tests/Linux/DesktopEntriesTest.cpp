@@ -9,11 +9,10 @@
 
 #include <array>
 
-namespace orvanta {
+using namespace orvanta;
+using Key = DesktopEntries::Key;
 
 namespace {
-
-using Key = DesktopEntries::Key;
 
 class DesktopEntriesTest : public testing::Test {
 protected:
@@ -151,5 +150,3 @@ TEST_F(DesktopEntriesTest, FoldersAreReadAgainWhereTheirTimeMayHideAChangeOnly) 
 }
 
 } // namespace
-
-} // namespace orvanta

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace orvanta {
+using namespace orvanta;
 
 TEST(LinuxPlatformTest, WithoutAnXDisplayThereIsAPlatformThatSeesNoWindows) {
     const std::pair<const char*, const char*> displays[] = {
@@ -18,5 +18,3 @@ TEST(LinuxPlatformTest, WithoutAnXDisplayThereIsAPlatformThatSeesNoWindows) {
         EXPECT_EQ(linuxPlatform.platform().workspace.frontmostApplication(), nullptr);
     }
 }
-
-} // namespace orvanta

@@ -5,7 +5,7 @@
 
 #include <gmock/gmock.h>
 
-namespace orvanta {
+using namespace orvanta;
 
 namespace {
 
@@ -60,5 +60,3 @@ TEST(LinuxWorkspaceTest, AnotherApplicationIsAnnouncedAnotherWindowIsNot) {
 }
 
 } // namespace
-
-} // namespace orvanta

@@ -15,12 +15,11 @@
 #include <string>
 #include <vector>
 
-namespace orvanta {
-
-namespace {
-
+using namespace orvanta;
 using testing::ElementsAre;
 using testing::IsEmpty;
+
+namespace {
 
 const QString freedesktop = u"org.freedesktop.ScreenSaver"_s;
 const QString gnome = u"org.gnome.ScreenSaver"_s;
@@ -101,10 +100,13 @@ protected:
         }
     }
 
-    void start(const QString& sessionId = u"7"_s) {
+    void startAlone(const QString& sessionId = u"7"_s) {
         presence = std::make_unique<Presence>(
             platform, Presence::Surroundings{systemBus, sessionBus, sessionId, 4711, {}});
         presence->start();
+    }
+    void start(const QString& sessionId = u"7"_s) {
+        startAlone(sessionId);
         settle();
     }
     void startWithLogind() {
@@ -226,18 +228,17 @@ TEST_F(PresenceTest, WhatHoldsAlreadyIsAnnounced) {
 TEST_F(PresenceTest, TheSessionIsFoundByItsProcessOrAsTheCallersOwn) {
     logind.appear();
     logind.properties[u"Active"_s] = false;
+    logind.service.on(u"GetSessionByPID"_s, [this](const QDBusMessage& call) {
+        return call.arguments().value(0) == 4711U ? std::optional(logind.path) : std::nullopt;
+    });
     for (const QString& id : {QString(), u"none such"_s}) {
-        logind.service.on(u"GetSessionByPID"_s, [this](const QDBusMessage& call) {
-            EXPECT_EQ(call.arguments().value(0), QVariant(4711U));
-            return logind.path;
-        });
-        start(id);
-        EXPECT_THAT(announced(), ElementsAre("away"));
-        logind.service.on(u"GetSessionByPID"_s, u"not a path"_s);
-        logind.sessionId = u"auto"_s;
         start(id);
         EXPECT_THAT(announced(), ElementsAre("away"));
     }
+    logind.service.on(u"GetSessionByPID"_s, u"not a path"_s);
+    logind.sessionId = u"auto"_s;
+    start({});
+    EXPECT_THAT(announced(), ElementsAre("away"));
 }
 
 // Several sources of one reason
@@ -276,35 +277,23 @@ TEST_F(PresenceTest, EachReasonIsAnnouncedWhenItsFirstSourceComesAndItsLastGoes)
 
 // Savers that come and go
 
-TEST_F(PresenceTest, ASaverIsALockWhereNoLogindSaysOtherwise) {
+TEST_F(PresenceTest, TheWordOfASaverThatDiedStandsUntilItsSuccessorSpeaks) {
     start();
-    auto& saver = serve(freedesktop); // It comes later, and is active already.
-    saver.on(u"GetActive"_s, [](const QDBusMessage& call) {
+    // It comes later, is active already, and is a lock where no logind says otherwise.
+    serve(freedesktop).on(u"GetActive"_s, [](const QDBusMessage& call) {
         return call.path() == u"/ScreenSaver"_s ? std::optional(QVariantList{true}) : std::nullopt;
     });
     EXPECT_THAT(announced(), ElementsAre("locked"));
-    loop.advance(2.0);
-    turn(saver, freedesktop, false);
-    EXPECT_THAT(announced(), ElementsAre("unlocked"));
-}
-
-TEST_F(PresenceTest, TheWordOfASaverThatDiedStandsUntilItsSuccessorSpeaks) {
-    serveSaver(gnome, true);
-    start();
-    EXPECT_THAT(announced(), ElementsAre("locked"));
-    loop.advance(2.0);
-    services.clear();
-    settle();
-    loop.advance(50.0);
-    serveSaver(gnome, true);
-    settle();
-    loop.advance(100.0);
-    EXPECT_THAT(announced(), IsEmpty());
-    services.clear();
-    settle();
-    loop.advance(10.0);
-    serveSaver(gnome, u"what?"_s); // One that answers, but not whether it is active.
-    EXPECT_THAT(announced(), ElementsAre("unlocked"));
+    for (const QVariant& word : {QVariant(true), QVariant(u"what?"_s)}) {
+        services.clear();
+        settle();
+        loop.advance(59.0);
+        EXPECT_THAT(announced(), IsEmpty());
+        serveSaver(freedesktop, word);
+        settle();
+        loop.advance(100.0);
+    }
+    EXPECT_THAT(announced(), ElementsAre("unlocked")); // It answers, but not whether it is active.
 }
 
 TEST_F(PresenceTest, TheHintThatASaverLeftStandsUntilSomebodyIsAtWork) {
@@ -342,9 +331,7 @@ TEST_F(PresenceTest, WhenTheBusDiesEverybodyOnItHasVanishedAfterAMinute) {
     loop.advance(2.0);
     EXPECT_THAT(log, ElementsAre("unlocked"));
 
-    presence = std::make_unique<Presence>(
-        platform, Presence::Surroundings{systemBus, sessionBus, {}, 4711, {}});
-    presence->start();
+    startAlone();
     QCoreApplication::processEvents();
     EXPECT_EQ(loop.armedCount(), 0U) << "nobody to wait for";
 }
@@ -370,8 +357,6 @@ TEST_F(PresenceTest, OnlyTheOwnersOfTheNamesAreBelieved) {
 }
 
 TEST_F(PresenceTest, WordsOfTheWrongTypeSayNothing) {
-    const QString properties = u"org.freedesktop.DBus.Properties"_s;
-    const QString changed = u"PropertiesChanged"_s;
     auto& saver = serveSaver(gnome, u"yes"_s);
     auto& mutter = serve(mutterName);
     mutter.on(u"GetAll"_s, QVariantMap{{powerSaveMode, u"off"_s}});
@@ -379,14 +364,12 @@ TEST_F(PresenceTest, WordsOfTheWrongTypeSayNothing) {
     logind.service.on(u"Get"_s, QVariant(true)); // Not in a variant.
     startWithLogind();
     turn(saver, gnome, 1);
-    turn(saver, gnome, u"true"_s);
-    saver.say(u"/a/saver"_s, gnome, u"ActiveChanged"_s);
-    mutter.say(mutterPath, properties, changed, {true});
-    mutter.say(mutterPath, properties, changed, {mutterName, u"no map"_s, 3});
+    mutter.say(mutterPath, u"org.freedesktop.DBus.Properties"_s, u"PropertiesChanged"_s,
+               {mutterName, u"no map"_s, 3});
     mutter.change(mutterPath, u"org.other"_s, {{powerSaveMode, 3}});
     logind.prepareForSleep(u"soon"_s);
     logind.change(u"Active"_s, u"false"_s);
-    logind.service.say(sessionPath, properties, changed);
+    logind.service.say(sessionPath, session, u"PropertiesChanged"_s);
     EXPECT_THAT(announced(), IsEmpty());
     turn(saver, gnome, true); // What comes after is heard.
     EXPECT_THAT(announced(), ElementsAre("locked"));
@@ -439,5 +422,3 @@ TEST_F(PresenceTest, AStormIsHeardAsItsFirstAndLastWord) {
 }
 
 } // namespace
-
-} // namespace orvanta

@@ -4,12 +4,11 @@
 
 #include <gtest/gtest.h>
 
-namespace orvanta {
-
-namespace {
-
+using namespace orvanta;
 using namespace std::chrono_literals;
 using Duration = MainLoop::Duration;
+
+namespace {
 
 class QtMainLoopTest : public testing::Test {
 protected:
@@ -68,5 +67,3 @@ TEST_F(QtMainLoopTest, AMonthIsNotShortened) {
 }
 
 } // namespace
-
-} // namespace orvanta

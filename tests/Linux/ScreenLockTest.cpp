@@ -8,7 +8,7 @@
 #include <map>
 #include <string>
 
-namespace orvanta {
+using namespace orvanta;
 
 /// Each letter is something that the desktop says: L and U ask to lock and to unlock; h, n and ?
 /// are the hint's yes, no and unknown; s and o the saver's on and off; w waits half a minute, and
@@ -35,44 +35,16 @@ TEST(ScreenLockTest, TellsALockFromASaverAndNeverStaysDeaf) {
     for (const auto& [said, expected] : rows) {
         HandMainLoop loop;
         ScreenLock lock(loop, [] {});
-        const std::map<char, std::function<void()>> words{
-            {'L',
-             [&] {
-                 lock.requestLock();
-             }},
-            {'U',
-             [&] {
-                 lock.requestUnlock();
-             }},
-            {'h',
-             [&] {
-                 lock.setHint(true);
-             }},
-            {'n',
-             [&] {
-                 lock.setHint(false);
-             }},
-            {'?',
-             [&] {
-                 lock.setHint(std::nullopt);
-             }},
-            {'s',
-             [&] {
-                 lock.setSaverActive(true);
-             }},
-            {'o',
-             [&] {
-                 lock.setSaverActive(false);
-             }},
-            {'w',
-             [&] {
-                 loop.advance(30.0);
-             }},
-            {'i',
-             [&] {
-                 loop.advance(29.9);
-             }},
-        };
+        std::map<char, std::function<void()>> words;
+        words.emplace('L', [&] { lock.requestLock(); });
+        words.emplace('U', [&] { lock.requestUnlock(); });
+        words.emplace('h', [&] { lock.setHint(true); });
+        words.emplace('n', [&] { lock.setHint(false); });
+        words.emplace('?', [&] { lock.setHint(std::nullopt); });
+        words.emplace('s', [&] { lock.setSaverActive(true); });
+        words.emplace('o', [&] { lock.setSaverActive(false); });
+        words.emplace('w', [&] { loop.advance(30.0); });
+        words.emplace('i', [&] { loop.advance(29.9); });
         std::string seen;
         for (const char word : said) {
             words.at(word)();
@@ -84,5 +56,3 @@ TEST(ScreenLockTest, TellsALockFromASaverAndNeverStaysDeaf) {
         EXPECT_EQ(loop.armedCount(), 0U) << said;
     }
 }
-
-} // namespace orvanta

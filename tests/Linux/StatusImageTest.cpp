@@ -5,12 +5,11 @@
 
 #include <gtest/gtest.h>
 
-namespace orvanta {
-
-namespace {
-
+using namespace orvanta;
 using namespace Qt::StringLiterals;
 using Tone = StatusTitle::Tone;
+
+namespace {
 
 struct Ink {
     QRect area;     ///< the smallest rectangle around what is all but opaque
@@ -91,5 +90,3 @@ TEST(StatusImageTest, TheWideImageHoldsTheWholeTitle) {
 }
 
 } // namespace
-
-} // namespace orvanta

@@ -8,13 +8,12 @@
 
 #include <optional>
 
-namespace orvanta {
-
-namespace {
-
+using namespace orvanta;
 using Host = StatusNotifierItem::Host;
 using testing::ElementsAre;
 using testing::IsEmpty;
+
+namespace {
 
 const QString itemPath = u"/StatusNotifierItem"_s;
 const QString itemInterface = u"org.kde.StatusNotifierItem"_s;
@@ -211,5 +210,3 @@ TEST_F(StatusItemTest, AHostThatShowsItWideGetsTheWholeTitleAsOneImage) {
 }
 
 } // namespace
-
-} // namespace orvanta

@@ -7,12 +7,11 @@
 #include <limits>
 #include <optional>
 
-namespace orvanta {
-
-namespace {
-
+using namespace orvanta;
 using testing::ElementsAre;
 using testing::IsEmpty;
+
+namespace {
 
 /// The menu as a host reads it over the bus.
 class StatusMenuTest : public testing::Test {
@@ -173,5 +172,3 @@ TEST_F(StatusMenuTest, AClickOnAnEntryThatIsNoMoreHitsNothing) {
 }
 
 } // namespace
-
-} // namespace orvanta

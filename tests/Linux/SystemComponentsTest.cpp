@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace orvanta {
+using namespace orvanta;
 
 TEST(SystemComponentsTest, PartsOfTheDesktopCountAndApplicationsThatPeopleWorkInDoNot) {
     for (const char* id :
@@ -16,5 +16,3 @@ TEST(SystemComponentsTest, PartsOfTheDesktopCountAndApplicationsThatPeopleWorkIn
         EXPECT_FALSE(isLinuxSystemComponent(QString::fromUtf8(id))) << id;
     }
 }
-
-} // namespace orvanta

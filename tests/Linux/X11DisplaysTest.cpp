@@ -7,7 +7,7 @@
 
 #include <optional>
 
-namespace orvanta {
+using namespace orvanta;
 
 namespace {
 
@@ -88,5 +88,3 @@ TEST_F(DpmsTest, AServerThatDoesNotTellIsAskedEveryHalfMinute) {
 }
 
 } // namespace
-
-} // namespace orvanta

@@ -12,11 +12,11 @@
 
 #include <optional>
 
-namespace orvanta {
+using namespace orvanta;
+using namespace std::string_literals;
+using State = WindowWatcher::State;
 
 namespace {
-
-using State = WindowWatcher::State;
 
 /// Says what a window manager says, exactly as a test dictates. Ends like one, too.
 class ScriptedWindowManager {
@@ -173,28 +173,24 @@ TEST_F(X11WindowWatcherTest, HostileClassesDoNoHarm) {
     watch();
     const auto window = client.create(client.newId());
     struct Row {
-        const char* what;
-        std::string_view type;
-        uint8_t format;
         std::string bytes;
         QString instance;
         const char* wmClass;
+        std::string_view type = "STRING";
+        uint8_t format = 8;
     };
-    const Row rows[] = {
-        {"no terminator", "STRING", 8, std::string("a\0B", 3), u"a"_s, "B"},
-        {"no separator", "STRING", 8, "alone", u"alone"_s, ""},
-        {"more strings", "STRING", 8, std::string("a\0B\0c\0d", 7), u"a"_s, "B"},
-        {"only terminators", "STRING", 8, std::string(9, '\0'), {}, ""},
-        {"UTF-8", "UTF8_STRING", 8, std::string("caf\xc3\xa9\0B\0", 8), u"café"_s, "B"},
-        {"Latin-1", "STRING", 8, std::string("caf\xe9\0B\0", 7), u"café"_s, "B"},
-        {"the longest", "STRING", 8, std::string(1021, 'a') + std::string("\0B\0", 3),
-         QString(1021, u'a'), "B"},
-        {"a megabyte", "STRING", 8, std::string(1 << 20, 'x'), {}, ""},
-        {"numbers", "STRING", 32, std::string(64, 'x'), {}, ""},
-        {"another type", "CARDINAL", 8, std::string("a\0B\0", 4), {}, ""},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.what);
+    for (const Row& row :
+         {Row{"a\0B"s, u"a"_s, "B"},
+          {"alone"s, u"alone"_s, ""},
+          {"a\0B\0c\0d"s, u"a"_s, "B"},
+          {std::string(9, '\0'), {}, ""},
+          {"caf\xc3\xa9\0B\0"s, u"café"_s, "B", "UTF8_STRING"},
+          {"caf\xe9\0B\0"s, u"café"_s, "B"},
+          {std::string(1021, 'a') + "\0B\0"s, QString(1021, u'a'), "B"}, // The longest.
+          {std::string(1 << 20, 'x'), {}, ""},
+          {std::string(64, 'x'), {}, "", "STRING", 32},
+          {"a\0B\0"s, {}, "", "CARDINAL"}}) {
+        SCOPED_TRACE(row.bytes.substr(0, 10));
         showMarker();
         client.set(window, "WM_CLASS", row.type, row.format, row.bytes.data(),
                    row.bytes.size() / (row.format / 8));
@@ -268,5 +264,3 @@ TEST_F(X11WindowWatcherTest, AFloodOfChangesStarvesNobody) {
 }
 
 } // namespace
-
-} // namespace orvanta
