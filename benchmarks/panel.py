@@ -10,7 +10,6 @@ Each STORE (orvanta-seed-store makes one) is started from in turn, and a new one
 import argparse
 import pathlib
 import re
-import shutil
 import statistics
 import sys
 import time
@@ -55,8 +54,7 @@ def starts(executable, store, runs):
         registrations = Registrations(place)
         orvanta = desktop.Orvanta(place, executable)
         if store:
-            orvanta.store.path.parent.mkdir(mode=0o700)
-            shutil.copyfile(store, orvanta.store.path)
+            desktop.Store(store).copy_to(orvanta.store.path)
         found = []
         for _ in range(runs + 1):
             began = time.time()

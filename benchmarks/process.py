@@ -8,7 +8,6 @@ each other's PSS.
 import argparse
 import pathlib
 import plistlib
-import shutil
 import sys
 import time
 
@@ -87,13 +86,7 @@ class Measurement:
         self.windows = [self.place.launch_xterm(), self.place.launch_mousepad()]
         self.process = desktop.Orvanta(self.place, self.executable)
         if self.store:
-            # A store that was not closed cleanly keeps a part of itself in the side file.
-            self.process.store.path.parent.mkdir(mode=0o700)
-            for suffix in ("", "-wal"):
-                source = self.store.with_name(self.store.name + suffix)
-                if source.exists():
-                    target = self.process.store.path
-                    shutil.copyfile(source, target.with_name(target.name + suffix))
+            desktop.Store(self.store).copy_to(self.process.store.path)
         return self
 
     def __exit__(self, *_):

@@ -452,3 +452,11 @@ class Store:
         address = f"file:{urllib.parse.quote(str(self.path))}?mode=ro"
         with contextlib.closing(sqlite3.connect(address, uri=True, timeout=5)) as connection:
             return connection.execute(query).fetchall()
+
+    def copy_to(self, path):
+        """With the side file, in which a store that was not closed cleanly keeps a part of itself."""
+        path.parent.mkdir(mode=0o700)
+        for suffix in ("", "-wal"):
+            source = self.path.with_name(self.path.name + suffix)
+            if source.exists():
+                shutil.copyfile(source, path.with_name(path.name + suffix))

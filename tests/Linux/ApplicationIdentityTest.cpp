@@ -98,21 +98,23 @@ TEST_F(ApplicationIdentityTest, OwnWindowsAreOursWhateverTheySay) {
 
 TEST_F(ApplicationIdentityTest, BrokenSandboxMetadataIsPassedOver) {
     const QByteArray sound = "[Application]\nname=org.not.Exported\n";
-    writeFlatpak(1, "");
-    writeFlatpak(2, "[Application]\nname=\n");
-    writeFlatpak(3, "[Instance]\nname=org.sandbox.App\n");
-    writeFlatpak(4, "[Application]\nname=\xff\xfe\n");
-    writeFlatpak(5, "[Application]\nname=org." + QByteArray(300, 'x') + "\n");
-    writeFlatpak(6, QByteArray(1 << 20, '#') + "\n" + sound);
-    QDir().mkpath(processes.path(u"7/root"_s));
-    QFile::link(processes.path(u"9/root/.flatpak-info"_s),
-                processes.path(u"7/root/.flatpak-info"_s));
-    QDir().mkpath(processes.path(u"8/root/.flatpak-info"_s));
-    writeFlatpak(9, sound);
-    for (qint64 process = 1; process <= 8; ++process) {
-        EXPECT_EQ(idOf(window("", "Klass", process)), u"Klass"_s) << process;
+    const QByteArray broken[] = {"",
+                                 "[Application]\nname=\n",
+                                 "[Instance]\nname=org.sandbox.App\n",
+                                 "[Application]\nname=\xff\xfe\n",
+                                 "[Application]\nname=org." + QByteArray(300, 'x') + "\n",
+                                 QByteArray(1 << 20, '#') + "\n" + sound};
+    for (const auto& content : broken) {
+        writeFlatpak(1, content);
+        EXPECT_EQ(idOf(window("", "Klass", 1)), u"Klass"_s) << content.constData();
     }
-    EXPECT_EQ(idOf(window("", "Klass", 9)), u"org.not.Exported"_s);
+    writeFlatpak(2, sound);
+    EXPECT_EQ(idOf(window("", "Klass", 2)), u"org.not.Exported"_s);
+    // A link would lead out of the sandbox.
+    QDir().mkpath(processes.path(u"3/root"_s));
+    QFile::link(processes.path(u"2/root/.flatpak-info"_s),
+                processes.path(u"3/root/.flatpak-info"_s));
+    EXPECT_EQ(idOf(window("", "Klass", 3)), u"Klass"_s);
 }
 
 } // namespace

@@ -68,25 +68,18 @@ TEST_F(DesktopEntriesTest, EachKeyFindsTheOneEntryThatItMeans) {
     }
 }
 
-TEST_F(DesktopEntriesTest, TheFirstFolderPrecedesAndCanHide) {
-    home.writeEntry(u"both"_s);
+TEST_F(DesktopEntriesTest, TheFirstFolderPrecedesAndNamesAreBrazilianWhateverTheLocale) {
+    home.writeEntry(u"both"_s, "Name[pt]=Europeu\nName[pt_BR]=Calculadora São\nName[de]=Rechner\n");
     home.writeEntry(u"removed"_s, "Hidden=true\n");
     for (const QString& id : {u"both"_s, u"removed"_s, u"sub/folder/deep"_s}) {
-        system.writeEntry(id);
+        system.writeEntry(id, "Name[de]=Rechner\nName[en_GB]=Colour\n");
     }
-    EXPECT_EQ(entries.withId(u"both"_s)->path, home.path(u"both.desktop"_s));
-    EXPECT_FALSE(has("removed"));
-    EXPECT_TRUE(has("sub-folder-deep"));
-}
-
-TEST_F(DesktopEntriesTest, NamesAreBrazilianWhateverTheLocale) {
-    system.writeEntry(u"both"_s,
-                      "Name[pt]=Europeu\nName[pt_BR]=Calculadora São\nName[de]=Rechner\n");
     system.writeEntry(u"portuguese"_s, "Name[pt]=Europeu\nName[de]=Rechner\n");
-    system.writeEntry(u"neither"_s, "Name[de]=Rechner\nName[en_GB]=Colour\n");
+    EXPECT_FALSE(has("removed"));
+    EXPECT_EQ(entries.withId(u"both"_s)->path, home.path(u"both.desktop"_s));
     EXPECT_EQ(nameOf("both"), u"Calculadora São"_s);
     EXPECT_EQ(nameOf("portuguese"), u"Europeu"_s);
-    EXPECT_EQ(nameOf("neither"), u"neither"_s);
+    EXPECT_EQ(nameOf("sub-folder-deep"), u"sub/folder/deep"_s);
 }
 
 TEST_F(DesktopEntriesTest, WhatCannotBeStartedOrReadIsPassedOver) {

@@ -23,7 +23,6 @@ namespace {
 
 const QString freedesktop = u"org.freedesktop.ScreenSaver"_s;
 const QString gnome = u"org.gnome.ScreenSaver"_s;
-const QString mate = u"org.mate.ScreenSaver"_s;
 const QString mutterName = u"org.gnome.Mutter.DisplayConfig"_s;
 const QString mutterPath = u"/org/gnome/Mutter/DisplayConfig"_s;
 const QString powerSaveMode = u"PowerSaveMode"_s;
@@ -58,8 +57,6 @@ public:
         });
     }
     ~FakeLogind() { ::close(lock); }
-    FakeLogind(const FakeLogind&) = delete;
-    FakeLogind& operator=(const FakeLogind&) = delete;
 
     void appear() { service.own(logindName); }
     void disappear() { service.disown(logindName); }
@@ -246,7 +243,7 @@ TEST_F(PresenceTest, TheSessionIsFoundByItsProcessOrAsTheCallersOwn) {
 TEST_F(PresenceTest, EachReasonIsAnnouncedWhenItsFirstSourceComesAndItsLastGoes) {
     auto& mutter = serve(mutterName);
     auto& first = serveSaver(gnome, false);
-    auto& second = serveSaver(mate, false);
+    auto& second = serveSaver(freedesktop, false);
     startWithLogind();
     EXPECT_THAT(announced(), IsEmpty());
     const auto settleCalmly = [&] {
@@ -256,7 +253,7 @@ TEST_F(PresenceTest, EachReasonIsAnnouncedWhenItsFirstSourceComesAndItsLastGoes)
     setPower(mutter, 1);
     EXPECT_THAT(announced(), ElementsAre("dark"));
     turn(first, gnome, true); // Logind says that it is no lock.
-    turn(second, mate, true);
+    turn(second, freedesktop, true);
     settleCalmly();
     setPower(mutter, -1);
     turn(first, gnome, false);
@@ -264,7 +261,7 @@ TEST_F(PresenceTest, EachReasonIsAnnouncedWhenItsFirstSourceComesAndItsLastGoes)
     EXPECT_THAT(announced(), IsEmpty());
     logind.change(u"LockedHint"_s, true);
     EXPECT_THAT(announced(), ElementsAre("locked", "bright")); // Never neither.
-    turn(second, mate, false);
+    turn(second, freedesktop, false);
     settleCalmly();
     EXPECT_THAT(announced(), IsEmpty());
     logind.change(u"LockedHint"_s, false);
@@ -338,25 +335,7 @@ TEST_F(PresenceTest, WhenTheBusDiesEverybodyOnItHasVanishedAfterAMinute) {
 
 // Strangers, nonsense and floods
 
-TEST_F(PresenceTest, OnlyTheOwnersOfTheNamesAreBelieved) {
-    serveSaver(gnome, false);
-    serve(mutterName);
-    startWithLogind();
-    const auto& stranger = serve(u"org.example.Stranger"_s);
-    setPower(stranger, 3);
-    stranger.say(sessionPath, session, u"Lock"_s);
-    // Also to our face, past all that we subscribed to.
-    for (const QString& whom : {QString(), systemBus.baseService(), sessionBus.baseService()}) {
-        stranger.say(managerPath, manager, u"PrepareForSleep"_s, {true}, whom);
-        stranger.say(u"/org/gnome/ScreenSaver"_s, gnome, u"ActiveChanged"_s, {true}, whom);
-    }
-    // Nor is another session's lock ours.
-    logind.service.say(u"/org/freedesktop/login1/session/_38"_s, session, u"Lock"_s);
-    EXPECT_THAT(announced(), IsEmpty());
-    EXPECT_TRUE(logind.isHeldUp());
-}
-
-TEST_F(PresenceTest, WordsOfTheWrongTypeSayNothing) {
+TEST_F(PresenceTest, StrangersAndWordsOfTheWrongTypeSayNothing) {
     auto& saver = serveSaver(gnome, u"yes"_s);
     auto& mutter = serve(mutterName);
     mutter.on(u"GetAll"_s, QVariantMap{{powerSaveMode, u"off"_s}});
@@ -369,8 +348,19 @@ TEST_F(PresenceTest, WordsOfTheWrongTypeSayNothing) {
     mutter.change(mutterPath, u"org.other"_s, {{powerSaveMode, 3}});
     logind.prepareForSleep(u"soon"_s);
     logind.change(u"Active"_s, u"false"_s);
-    logind.service.say(sessionPath, session, u"PropertiesChanged"_s);
+    // Another session's lock is not ours.
+    logind.service.say(u"/org/freedesktop/login1/session/_38"_s, session, u"Lock"_s);
+
+    const auto& stranger = serve(u"org.example.Stranger"_s);
+    setPower(stranger, 3);
+    stranger.say(sessionPath, session, u"Lock"_s);
+    // Also to our face, past all that we subscribed to.
+    for (const QString& whom : {QString(), systemBus.baseService(), sessionBus.baseService()}) {
+        stranger.say(managerPath, manager, u"PrepareForSleep"_s, {true}, whom);
+        stranger.say(u"/org/gnome/ScreenSaver"_s, gnome, u"ActiveChanged"_s, {true}, whom);
+    }
     EXPECT_THAT(announced(), IsEmpty());
+    EXPECT_TRUE(logind.isHeldUp());
     turn(saver, gnome, true); // What comes after is heard.
     EXPECT_THAT(announced(), ElementsAre("locked"));
 }

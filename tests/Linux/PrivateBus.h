@@ -68,8 +68,6 @@ public:
         EXPECT_TRUE(connection_.registerVirtualObject(u"/"_s, this, QDBusConnection::SubPath));
     }
     ~FakeService() override { QDBusConnection::disconnectFromBus(connection_.name()); }
-    FakeService(const FakeService&) = delete;
-    FakeService& operator=(const FakeService&) = delete;
 
     void own(const QString& name) { EXPECT_TRUE(connection_.registerService(name)); }
     void disown(const QString& name) { connection_.unregisterService(name); }

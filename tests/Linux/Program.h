@@ -22,8 +22,6 @@ public:
         EXPECT_TRUE(process_.waitForStarted()) << qPrintable(program);
     }
     ~Program() { kill(); }
-    Program(const Program&) = delete;
-    Program& operator=(const Program&) = delete;
 
     void kill() {
         process_.kill();

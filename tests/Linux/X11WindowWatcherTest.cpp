@@ -18,45 +18,34 @@ using State = WindowWatcher::State;
 
 namespace {
 
-/// Says what a window manager says, exactly as a test dictates. Ends like one, too.
-class ScriptedWindowManager {
-public:
-    explicit ScriptedWindowManager(const XServer& server)
-        : client_(server)
-        , check_(client_.create(client_.newId())) {
+class X11WindowWatcherTest : public testing::Test {
+protected:
+    // What a window manager says, exactly as a test dictates.
+    void manageWindows() {
         support({"_NET_SUPPORTED", "_NET_ACTIVE_WINDOW"});
-        pointTo(check_);
+        client.set(client.root(), "_NET_SUPPORTING_WM_CHECK", "WINDOW", {check});
+        pointTo(check);
     }
-
-    xcb_window_t check() const { return check_; }
     void support(const std::vector<std::string_view>& hints) {
         std::vector<uint32_t> atoms;
         for (const auto& hint : hints) {
-            atoms.push_back(client_.atom(hint));
+            atoms.push_back(client.atom(hint));
         }
-        client_.set(client_.root(), "_NET_SUPPORTED", "ATOM", atoms);
+        client.set(client.root(), "_NET_SUPPORTED", "ATOM", atoms);
     }
     /// What the check window says of itself.
     void pointTo(xcb_window_t window) {
-        client_.set(client_.root(), "_NET_SUPPORTING_WM_CHECK", "WINDOW", {check_});
-        client_.set(check_, "_NET_SUPPORTING_WM_CHECK", "WINDOW", {window});
+        client.set(check, "_NET_SUPPORTING_WM_CHECK", "WINDOW", {window});
     }
     void setActive(xcb_window_t window) {
-        client_.set(client_.root(), "_NET_ACTIVE_WINDOW", "WINDOW", {window});
+        client.set(client.root(), "_NET_ACTIVE_WINDOW", "WINDOW", {window});
     }
     void setClients(const std::vector<uint32_t>& windows) {
-        client_.set(client_.root(), "_NET_CLIENT_LIST", "WINDOW", windows);
+        client.set(client.root(), "_NET_CLIENT_LIST", "WINDOW", windows);
     }
 
-private:
-    XClient client_;
-    xcb_window_t check_;
-};
-
-class X11WindowWatcherTest : public testing::Test {
-protected:
     void watch() {
-        windowManager.emplace(server);
+        manageWindows();
         watcher.emplace(server.display(), loop);
         ASSERT_EQ(watcher->state(), State::Watching);
         ASSERT_EQ(loop.armedCount(), 0U);
@@ -83,14 +72,14 @@ protected:
     }
     /// Shows a window of known class and sees it, so that what came before has been read.
     void showMarker() {
-        windowManager->setActive(client.create("marker", "Marker"));
+        setActive(client.create("marker", "Marker"));
         ASSERT_TRUE(becomesActive("Marker"));
     }
 
     XServer server;
     XClient client{server};
+    const xcb_window_t check = client.create(client.newId());
     HandMainLoop loop;
-    std::optional<ScriptedWindowManager> windowManager;
     std::optional<X11WindowWatcher> watcher;
 };
 
@@ -100,7 +89,7 @@ TEST_F(X11WindowWatcherTest, AWindowIsReadWithItsIdentity) {
     client.setText(window, "_GTK_APPLICATION_ID", "UTF8_STRING", "org.example.App");
     client.setText(window, "_KDE_NET_WM_DESKTOP_FILE", "UTF8_STRING", "org.example.file");
     client.set(window, "_NET_WM_PID", "CARDINAL", {1});
-    windowManager->setActive(window);
+    setActive(window);
     ASSERT_TRUE(becomesActive("Klass"));
     EXPECT_EQ(watcher->activeWindow()->id, window);
     EXPECT_EQ(watcher->activeWindow()->wmInstance, u"instance"_s);
@@ -115,13 +104,13 @@ TEST_F(X11WindowWatcherTest, NoneBetweenTwoWindowsIsNoise) {
     std::vector<QString> seen;
     QObject::connect(&*watcher, &WindowWatcher::activeWindowChanged, &*watcher,
                      [&] { seen.push_back(activeClass()); });
-    windowManager->setActive(XCB_WINDOW_NONE);
+    setActive(XCB_WINDOW_NONE);
     ASSERT_TRUE(noneIsPending());
     loop.advance(0.09);
-    windowManager->setActive(client.create("b", "B"));
+    setActive(client.create("b", "B"));
     ASSERT_TRUE(becomesActive("B"));
     EXPECT_EQ(loop.armedCount(), 0U);
-    windowManager->setActive(XCB_WINDOW_NONE);
+    setActive(XCB_WINDOW_NONE);
     EXPECT_TRUE(becomesNone());
     EXPECT_THAT(seen, testing::ElementsAre(u"B"_s, u"none"_s));
 }
@@ -137,9 +126,9 @@ TEST_F(X11WindowWatcherTest, WhatIsNoWindowOfAnApplicationIsNone) {
     client.destroy(destroyed);
     for (const xcb_window_t window :
          {typed("_NET_WM_WINDOW_TYPE_DESKTOP"), typed("_NET_WM_WINDOW_TYPE_DOCK"), client.root(),
-          windowManager->check(), destroyed, xcb_window_t{0xdeadbeef}}) {
+          check, destroyed, xcb_window_t{0xdeadbeef}}) {
         showMarker();
-        windowManager->setActive(window);
+        setActive(window);
         EXPECT_TRUE(becomesNone()) << window;
     }
     showMarker();
@@ -148,10 +137,10 @@ TEST_F(X11WindowWatcherTest, WhatIsNoWindowOfAnApplicationIsNone) {
 
     // A closed window's id may be left behind.
     const auto normal = typed("_NET_WM_WINDOW_TYPE_NORMAL");
-    windowManager->setClients({normal});
-    windowManager->setActive(normal);
+    setClients({normal});
+    setActive(normal);
     ASSERT_TRUE(becomesActive("Typed"));
-    windowManager->setClients({});
+    setClients({});
     EXPECT_TRUE(becomesNone());
 }
 
@@ -160,7 +149,7 @@ TEST_F(X11WindowWatcherTest, AClassThatComesLateIsSeenAlsoUnderAReusedId) {
     const auto id = client.newId();
     for (const char* wmClass : {"First", "Second"}) {
         client.create(id);
-        windowManager->setActive(id);
+        setActive(id);
         ASSERT_TRUE(becomesActive(""));
         client.setText(id, "WM_NAME", "STRING", "title");
         client.setClass(id, wmClass, wmClass);
@@ -194,7 +183,7 @@ TEST_F(X11WindowWatcherTest, HostileClassesDoNoHarm) {
         showMarker();
         client.set(window, "WM_CLASS", row.type, row.format, row.bytes.data(),
                    row.bytes.size() / (row.format / 8));
-        windowManager->setActive(window);
+        setActive(window);
         ASSERT_TRUE(becomesActive(row.wmClass));
         EXPECT_EQ(watcher->activeWindow()->wmInstance, row.instance);
     }
@@ -202,8 +191,8 @@ TEST_F(X11WindowWatcherTest, HostileClassesDoNoHarm) {
 
 TEST_F(X11WindowWatcherTest, AWindowManagerMustBeAliveAndTellTheActiveWindow) {
     // What a window manager that was killed may leave behind, and one that is half there.
-    for (const xcb_window_t check : {xcb_window_t{0xdeadbeef}, client.root()}) {
-        client.set(client.root(), "_NET_SUPPORTING_WM_CHECK", "WINDOW", {check});
+    for (const xcb_window_t left : {xcb_window_t{0xdeadbeef}, client.root()}) {
+        client.set(client.root(), "_NET_SUPPORTING_WM_CHECK", "WINDOW", {left});
         watcher.emplace(server.display(), loop);
         EXPECT_EQ(watcher->state(), State::Waiting);
     }
@@ -211,16 +200,16 @@ TEST_F(X11WindowWatcherTest, AWindowManagerMustBeAliveAndTellTheActiveWindow) {
     EXPECT_EQ(watcher->state(), State::Waiting);
     loop.advance(0.01);
     EXPECT_EQ(watcher->state(), State::Unsupported);
-    windowManager.emplace(server); // It may come later still.
+    manageWindows(); // It may come later still.
     ASSERT_TRUE(becomes(State::Watching));
     EXPECT_EQ(loop.armedCount(), 0U);
-    windowManager->support({"_NET_SUPPORTED"});
+    support({"_NET_SUPPORTED"});
     ASSERT_TRUE(becomes(State::Waiting));
-    windowManager->support({"_NET_ACTIVE_WINDOW"});
+    support({"_NET_ACTIVE_WINDOW"});
     ASSERT_TRUE(becomes(State::Watching));
-    windowManager->pointTo(client.root());
+    pointTo(client.root());
     ASSERT_TRUE(becomes(State::Waiting));
-    windowManager->pointTo(windowManager->check());
+    pointTo(check);
     ASSERT_TRUE(becomes(State::Watching));
 }
 
@@ -254,11 +243,11 @@ TEST_F(X11WindowWatcherTest, AFloodOfChangesStarvesNobody) {
     QObject::connect(&*watcher, &WindowWatcher::activeWindowChanged, &*watcher, [&] {
         if (!served && ++round < 10'000) {
             client.setClass(a, "a", std::to_string(round));
-            windowManager->setActive(a);
+            setActive(a);
         }
     });
     const auto timer = QtMainLoop().once(MainLoop::Duration(0.02), [&] { served = true; });
-    windowManager->setActive(a);
+    setActive(a);
     ASSERT_TRUE(eventually([&] { return served; }));
     EXPECT_LT(round, 10'000);
 }

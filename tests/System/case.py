@@ -1,7 +1,6 @@
 """What every system test starts from: an empty desktop and Orvanta, not yet started."""
 
 import os
-import shutil
 import sys
 import time
 import unittest
@@ -38,15 +37,6 @@ class Store(desktop.Store):
 
     def integrity(self):
         return "\n".join(row[0] for row in self.rows("PRAGMA integrity_check"))
-
-    def copy_to(self, folder):
-        """A copy that SQLite must recover from the write-ahead log alone."""
-        folder.mkdir()
-        for suffix in ("", "-wal"):
-            source = self.path.with_name(self.path.name + suffix)
-            if source.exists():
-                shutil.copyfile(source, folder / source.name)
-        return Store(folder / self.path.name)
 
 
 class SystemTest(unittest.TestCase):
