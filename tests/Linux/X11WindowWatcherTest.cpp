@@ -5,8 +5,6 @@
 #include "Linux/MainLoop/QtMainLoop.h"
 #include "XServer.h"
 
-#include <QAbstractEventDispatcher>
-
 #include <gmock/gmock.h>
 #include <unistd.h>
 
@@ -211,27 +209,6 @@ TEST_F(X11WindowWatcherTest, AWindowManagerMustBeAliveAndTellTheActiveWindow) {
     ASSERT_TRUE(becomes(State::Waiting));
     pointTo(check);
     ASSERT_TRUE(becomes(State::Watching));
-}
-
-TEST_F(X11WindowWatcherTest, WithTheServerItEndsForGoodAndRests) {
-    watch();
-    showMarker();
-    int ended = 0;
-    QObject::connect(&*watcher, &WindowWatcher::stateChanged, &*watcher, [&] { ++ended; });
-    server.kill();
-    ASSERT_TRUE(becomes(State::Ended));
-    EXPECT_EQ(activeClass(), u"none"_s);
-    EXPECT_EQ(loop.armedCount(), 0U);
-
-    int wakeUps = 0;
-    QObject counting;
-    QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake,
-                     &counting, [&] { ++wakeUps; });
-    bool later = false;
-    const auto timer = QtMainLoop().once(MainLoop::Duration(0.1), [&] { later = true; });
-    ASSERT_TRUE(eventually([&] { return later; }));
-    EXPECT_LT(wakeUps, 50);
-    EXPECT_EQ(ended, 1);
 }
 
 TEST_F(X11WindowWatcherTest, AFloodOfChangesStarvesNobody) {

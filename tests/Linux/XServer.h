@@ -35,15 +35,14 @@ public:
     xcb_window_t newId() { return xcb_generate_id(connection_.get()); }
 
     xcb_atom_t atom(std::string_view name) {
-        const auto length = static_cast<uint16_t>(name.size());
-        const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
-            xcb_intern_atom_reply(connection_.get(),
-                                  xcb_intern_atom(connection_.get(), 0, length, name.data()),
-                                  nullptr),
-            &std::free);
-        return reply->atom;
+        auto* const reply = xcb_intern_atom_reply(
+            connection_.get(),
+            xcb_intern_atom(connection_.get(), 0, static_cast<uint16_t>(name.size()), name.data()),
+            nullptr);
+        const xcb_atom_t atom = reply->atom;
+        std::free(reply);
+        return atom;
     }
-
     void set(xcb_window_t window, std::string_view property, std::string_view type, uint8_t format,
              const void* data, size_t count) {
         xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, window, atom(property),

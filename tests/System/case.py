@@ -16,6 +16,8 @@ TOLERANCE = 1.0
 # Orvanta saves at least this often while it counts.
 SAVE_INTERVAL = 5.0
 
+desktop.end_on_signals()
+
 
 class Store(desktop.Store):
     """Seconds by key, as the session's activities have them and over all days."""
@@ -89,8 +91,3 @@ class SystemTest(unittest.TestCase):
             for key, seconds in expected.items():
                 self.assertAlmostEqual(measured[key], seconds, delta=TOLERANCE,
                                        msg=f"{key} in {table}")
-
-
-def main():
-    desktop.end_on_signals()
-    unittest.main(verbosity=2)

@@ -92,7 +92,3 @@ class Away(case.SystemTest):
         desktop.sleep_until(began + 3)
         counted += self.ask_to_end() - began
         self.assert_seconds({case.XTERM: counted})
-
-
-if __name__ == "__main__":
-    case.main()

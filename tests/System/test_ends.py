@@ -77,7 +77,3 @@ class Ends(case.SystemTest):
             self.desktop.activate(alert)
             self.desktop.press(key)
             self.assertEqual(self.orvanta.wait(), 1, key)
-
-
-if __name__ == "__main__":
-    case.main()

@@ -71,7 +71,3 @@ class Killed(case.SystemTest):
         asked = self.ask_to_end()
         self.assertAlmostEqual(self.store.total() - sum(before.values()), asked - began,
                                delta=case.TOLERANCE)
-
-
-if __name__ == "__main__":
-    case.main()

@@ -3,7 +3,6 @@
 import os
 import re
 import time
-import unittest
 
 import case
 import desktop
@@ -49,8 +48,8 @@ def choose(place, position, key):
     place.run("xdotool", "key", key, "Return")
 
 
-class Application(case.SystemTest):
-    def test_the_application_is_in_the_panel_and_its_menu_ends_it(self):
+class StatusItem(case.SystemTest):
+    def test_it_is_in_the_panel_and_its_menu_ends_it(self):
         self.desktop.launch_xterm()
         panel = panels.XfcePanel(self.desktop)
         panel.start()
@@ -67,13 +66,6 @@ class Application(case.SystemTest):
         choose(self.desktop, position, "Up")
         self.assertEqual(self.orvanta.wait(), 0)
         self.assertEqual(self.store.integrity(), "ok")
-
-
-class StatusItem(unittest.TestCase):
-    def setUp(self):
-        self.desktop = desktop.Desktop()
-        self.addCleanup(self.desktop.close)
-        self.desktop.open()
 
     def start_demo(self):
         self.demo = self.desktop.spawn([os.environ["ORVANTA_STATUS_ITEM_DEMO"]])
@@ -112,13 +104,13 @@ class StatusItem(unittest.TestCase):
         self.start_demo()
         self.assert_clicks_arrive(panel)
 
-    def test_clicks_arrive_from_a_tray_that_only_embeds_windows(self):
+    def test_clicks_arrive_from_an_embedding_tray(self):
         tray = panels.EmbeddingTray(self.desktop)
         self.start_demo()
         tray.start()
         self.assert_clicks_arrive(tray)
 
-    def test_it_moves_from_the_tray_to_a_panel_and_back_and_is_never_in_both(self):
+    def test_it_moves_from_tray_to_panel_and_back(self):
         tray = panels.EmbeddingTray(self.desktop)
         panel = panels.XfcePanel(self.desktop)
         self.start_demo()
@@ -130,10 +122,6 @@ class StatusItem(unittest.TestCase):
             self.wait_for_no_ink(tray)
             self.assertEqual(registered_items(self.desktop), [
                 f"org.kde.StatusNotifierItem-{self.demo.pid}-1/StatusNotifierItem"])
-            # The panel has taken the trays' place over, and an ousted tray does not ask for it again.
+            # The panel has taken the trays' place over; an ousted tray does not ask for it again.
             tray.kill()
             panel.kill()
-
-
-if __name__ == "__main__":
-    case.main()
