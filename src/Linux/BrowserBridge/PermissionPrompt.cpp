@@ -1,0 +1,95 @@
+#include "Linux/BrowserBridge/PermissionPrompt.h"
+
+#include <QDesktopServices>
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include <utility>
+
+namespace orvanta {
+
+namespace {
+
+QLabel* makeLabel(QWidget* parent) {
+    auto* label = new QLabel(parent);
+    label->setTextFormat(Qt::PlainText); // A browser may be called anything.
+    label->setWordWrap(true);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    return label;
+}
+
+} // namespace
+
+PermissionPrompt::PermissionPrompt(const QString& browser, Actions actions)
+    : browser_(browser)
+    , actions_(std::move(actions))
+    , text_(makeLabel(this))
+    , detail_(makeLabel(this))
+    , buttons_(new QDialogButtonBox(this)) {
+    setAttribute(Qt::WA_DeleteOnClose);
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setWindowTitle(QStringLiteral("orvanta"));
+    QFont bold = text_->font();
+    bold.setBold(true);
+    text_->setFont(bold);
+    auto* layout = new QVBoxLayout(this);
+    layout->setSizeConstraint(QLayout::SetMinAndMaxSize);
+    constexpr int width = 420;
+    setMinimumWidth(width);
+    setMaximumWidth(width);
+    layout->addWidget(text_);
+    layout->addWidget(detail_);
+    layout->addWidget(buttons_);
+
+    say(QStringLiteral("Identificar os sites abertos no %1?").arg(browser),
+        QStringLiteral("O navegador dirá ao orvanta apenas o endereço do site à frente, como "
+                       "exemplo.org: nunca a página, o que se digita ou janelas anônimas. Nada sai "
+                       "deste computador."));
+    connect(buttons_->addButton(QStringLiteral("Permitir"), QDialogButtonBox::AcceptRole),
+            &QPushButton::clicked, this, &PermissionPrompt::agreed);
+    connect(buttons_->addButton(QStringLiteral("Não permitir"), QDialogButtonBox::DestructiveRole),
+            &QPushButton::clicked, this, [this] {
+                actions_.refuse();
+                close();
+            });
+}
+
+void PermissionPrompt::agreed() {
+    const Preparation preparation = actions_.agree();
+    buttons_->clear();
+    switch (preparation.next) {
+    case Preparation::Next::Nothing:
+        close();
+        return;
+    case Preparation::Next::Restart:
+        say(QStringLiteral("Reinicie o %1 para concluir.").arg(browser_),
+            QStringLiteral("A extensão do orvanta começa a valer quando o navegador é aberto de "
+                           "novo."));
+        break;
+    case Preparation::Next::ByHand:
+        say(QStringLiteral("Falta carregar a extensão no %1.").arg(browser_),
+            QStringLiteral("Na página de extensões do navegador, ative o modo de desenvolvedor e "
+                           "carregue esta pasta:\n%1")
+                .arg(preparation.folder));
+        connect(buttons_->addButton(QStringLiteral("Abrir a pasta"), QDialogButtonBox::ActionRole),
+                &QPushButton::clicked, this, [folder = preparation.folder] {
+                    QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
+                });
+        break;
+    case Preparation::Next::Failed:
+        say(QStringLiteral("Não foi possível preparar o %1.").arg(browser_), preparation.problem);
+        break;
+    }
+    connect(buttons_->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole),
+            &QPushButton::clicked, this, &QWidget::close);
+}
+
+void PermissionPrompt::say(const QString& text, const QString& detail) {
+    text_->setText(text);
+    detail_->setText(detail);
+}
+
+} // namespace orvanta

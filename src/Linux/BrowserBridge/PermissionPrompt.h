@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QDialog>
+#include <QString>
+
+#include <functional>
+
+class QDialogButtonBox;
+class QLabel;
+
+namespace orvanta {
+
+/// Asks the person whether the sites of one browser may be identified, and says what is left to do.
+///
+/// Waits for nobody and takes the focus from nothing. Closed without an answer, it has decided
+/// nothing.
+class PermissionPrompt final : public QDialog {
+    Q_OBJECT
+
+public:
+    /// What agreeing led to.
+    struct Preparation {
+        enum class Next {
+            Nothing, ///< the browser connects by itself
+            Restart, ///< the browser must be started anew
+            ByHand,  ///< the person must load the extension from `folder`
+            Failed   ///< `problem` says why
+        };
+        Next next = Next::Nothing;
+        QString folder;
+        QString problem;
+    };
+    struct Actions {
+        /// Stores the decision and puts into the browser what it needs.
+        std::function<Preparation()> agree;
+        std::function<void()> refuse;
+    };
+
+    /// `browser` is its name. The dialogue deletes itself when it is closed.
+    PermissionPrompt(const QString& browser, Actions actions);
+
+private:
+    void agreed();
+    void say(const QString& text, const QString& detail);
+
+    QString browser_;
+    Actions actions_;
+    QLabel* text_;
+    QLabel* detail_;
+    QDialogButtonBox* buttons_;
+};
+
+} // namespace orvanta
