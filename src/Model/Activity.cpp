@@ -22,6 +22,7 @@ void Activity::setCategoryValue(const QString& value) {
     }
     categoryValue_ = value;
     list_.categories_[row_] = categoryFromRawValue(value).value_or(Category::pending);
+    ++list_.categoryGeneration_;
     changed();
 }
 

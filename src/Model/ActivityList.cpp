@@ -13,6 +13,10 @@ Activity* ActivityList::find(const QString& key) {
 }
 
 Activity* ActivityList::find(KeyId key) {
+    return const_cast<Activity*>(std::as_const(*this).find(key));
+}
+
+const Activity* ActivityList::find(KeyId key) const {
     const auto index = static_cast<std::size_t>(key);
     if (index >= rowOfKey_.size() || rowOfKey_[index] < 0) {
         return nullptr;
@@ -49,6 +53,8 @@ Activity& ActivityList::append(const QString& key, const QString& name,
     if (rowOfKey_[static_cast<std::size_t>(id)] < 0) {
         rowOfKey_[static_cast<std::size_t>(id)] = static_cast<std::int32_t>(row);
     }
+    ++generation_;
+    ++categoryGeneration_;
     seconds_.push_back(seconds);
     categories_.push_back(categoryFromRawValue(categoryValue).value_or(Category::pending));
     return activities_.emplace_back(Activity::Passkey{}, *this, row, id, name, categoryValue);
@@ -71,6 +77,7 @@ void ActivityList::settle() {
 }
 
 void ActivityList::changed(const Activity& activity) {
+    ++generation_;
     if (observer_) {
         observer_(activity);
     }

@@ -28,6 +28,12 @@ public:
     /// The first activity with this key, in constant time; null when there is none.
     Activity* find(const QString& key);
     Activity* find(KeyId key);
+    const Activity* find(KeyId key) const;
+
+    /// Grows with every change of a record and with every new one.
+    quint64 generation() const { return generation_; }
+    /// Grows with every change of a category and with every new record.
+    quint64 categoryGeneration() const { return categoryGeneration_; }
 
     /// By row.
     std::span<const double> seconds() const { return seconds_; }
@@ -77,6 +83,8 @@ private:
     std::vector<Category> categories_;
     std::vector<std::int32_t> rowOfKey_; // By KeyId; -1 for a key without an activity.
     std::vector<std::size_t> changed_;   // Rows, each once.
+    quint64 generation_ = 0;
+    quint64 categoryGeneration_ = 0;
     std::function<void(const Activity&)> observer_;
 };
 

@@ -37,6 +37,15 @@ Date fromLocalTime(QDate date, QTime time, const QTimeZone& zone) {
     return Date::fromUnix(static_cast<double>(moment));
 }
 
+QDate dateOf(Day day) {
+    return {day.year, day.month, day.dayOfMonth};
+}
+
+Day dayOf(QDate date) {
+    return {static_cast<std::int16_t>(date.year()), static_cast<std::uint8_t>(date.month()),
+            static_cast<std::uint8_t>(date.day())};
+}
+
 } // namespace
 
 Calendar::Calendar(const QTimeZone& timeZone, int firstWeekday)
@@ -50,6 +59,11 @@ void Calendar::setTimeZone(const QTimeZone& timeZone) {
 
 Date Calendar::startOfDay(Date date) const {
     return dayAround(date).start;
+}
+
+std::optional<Date> Calendar::startOfDay(Day day) const {
+    const Date start = fromLocalTime(dateOf(day), QTime(0, 0), timeZone_);
+    return localTime(start, timeZone_).date() == dateOf(day) ? std::optional(start) : std::nullopt;
 }
 
 Day Calendar::day(Date date) const {
@@ -70,6 +84,13 @@ std::optional<Date> Calendar::addingDays(Date date, int days) const {
     return result + fraction;
 }
 
+std::optional<Day> Calendar::addingDays(Day day, qint64 days) {
+    const QDate moved = dateOf(day).addDays(days);
+    return moved.isValid() && moved.year() >= 1 && moved.year() <= 9999
+               ? std::optional(dayOf(moved))
+               : std::nullopt;
+}
+
 int Calendar::weekday(Date date) const {
     return localTime(date, timeZone_).date().dayOfWeek() % 7 + 1; // Qt counts from Monday, 1.
 }
@@ -80,9 +101,7 @@ const Calendar::Bounds& Calendar::dayAround(Date date) const {
         const QTime midnight(0, 0);
         last_.start = fromLocalTime(local, midnight, timeZone_);
         last_.end = fromLocalTime(local.addDays(1), midnight, timeZone_);
-        last_.day = {static_cast<std::int16_t>(local.year()),
-                     static_cast<std::uint8_t>(local.month()),
-                     static_cast<std::uint8_t>(local.day())};
+        last_.day = dayOf(local);
     }
     return last_;
 }

@@ -24,6 +24,9 @@ public:
     /// it on a day that starts later.
     Date startOfDay(Date date) const;
 
+    /// Of this day; absent when the zone skips it, as one on the date line can.
+    std::optional<Date> startOfDay(Day day) const;
+
     Day day(Date date) const;
 
     bool isSameDay(Date a, Date b) const { return day(a) == day(b); }
@@ -32,6 +35,9 @@ public:
     /// time that the zone skips becomes the first one after it. Absent beyond the range of dates,
     /// and when the zone skips that day from this time on.
     std::optional<Date> addingDays(Date date, int days) const;
+
+    /// The day `days` days later (or earlier); absent beyond the years that a day string can hold.
+    static std::optional<Day> addingDays(Day day, qint64 days);
 
     /// 1 for Sunday to 7 for Saturday.
     int weekday(Date date) const;

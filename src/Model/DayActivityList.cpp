@@ -30,6 +30,7 @@ void DayActivityList::setSeconds(Day day, KeyId key, double seconds) {
     } else {
         insert(day, key, seconds);
     }
+    days_[static_cast<std::size_t>(groupAt(day) - days_.cbegin())].generation = ++generation_;
     if (!changed_.contains({day, key})) {
         changed_.insert({day, key}, !index);
     }
@@ -42,7 +43,7 @@ void DayActivityList::add(Day day, KeyId key, double seconds) {
 DayActivityList::OneDay DayActivityList::oneDay(std::size_t index) const {
     const auto group = days_.begin() + static_cast<std::ptrdiff_t>(index);
     const std::size_t count = endOf(group) - group->first;
-    return {group->day, std::span(recordKeys_).subspan(group->first, count),
+    return {group->day, group->generation, std::span(recordKeys_).subspan(group->first, count),
             std::span(seconds_).subspan(group->first, count)};
 }
 
@@ -62,8 +63,14 @@ std::vector<DayActivityList::Pending> DayActivityList::pending() const {
 
 void DayActivityList::load(std::vector<Stored> records) {
     older_ = nullptr;
-    changed_.clear();
+    settle();
     build(std::move(records));
+    replacedAt_ = generation_;
+}
+
+void DayActivityList::clear() {
+    load({});
+    cleared_ = true;
 }
 
 void DayActivityList::loadRecent(std::vector<Stored> records, Day since,
@@ -92,9 +99,10 @@ void DayActivityList::build(std::vector<Stored> records) const {
         std::ranges::stable_sort(records, {}, &Stored::day);
     }
 
-    days_.clear();
-    recordKeys_.clear();
-    seconds_.clear();
+    ++generation_;
+    days_ = std::vector<Group>(); // Ten years that were erased leave no room behind.
+    recordKeys_ = std::vector<KeyId>();
+    seconds_ = std::vector<double>();
     // With room for some months, so that the next record does not move ten years of them.
     constexpr std::size_t room = 8192;
     recordKeys_.reserve(records.size() + room);
@@ -111,7 +119,7 @@ void DayActivityList::build(std::vector<Stored> records) const {
         }
         lastDayOfKey[key] = record.day;
         if (days_.empty() || days_.back().day != record.day) {
-            days_.push_back({record.day, static_cast<std::uint32_t>(seconds_.size())});
+            days_.push_back({record.day, static_cast<std::uint32_t>(seconds_.size()), generation_});
         }
         recordKeys_.push_back(record.key);
         seconds_.push_back(record.seconds);
@@ -150,7 +158,7 @@ void DayActivityList::insert(Day day, KeyId key, double seconds) {
     if (place == days_.end() || place->day != day) {
         const auto first =
             place == days_.end() ? static_cast<std::uint32_t>(seconds_.size()) : place->first;
-        const auto added = days_.insert(place, {day, first});
+        const auto added = days_.insert(place, {day, first, generation_});
         return insert(added->day, key, seconds);
     }
     const auto end = static_cast<std::ptrdiff_t>(endOf(place));

@@ -29,9 +29,19 @@ public:
     void setSeconds(Day day, KeyId key, double seconds);
     void add(Day day, KeyId key, double seconds);
 
+    /// Forgets every record, also those that were never read, and has the next save erase them all.
+    void clear();
+
+    /// Grows with every change, so that whoever derives something from the records can tell what it
+    /// has not seen yet: the days whose `generation` is later.
+    quint64 generation() const { return generation_; }
+    /// When records were last taken away: what was derived up to then may stand for none.
+    quint64 replacedAt() const { return replacedAt_; }
+
     /// The records of one day.
     struct OneDay {
         Day day;
+        quint64 generation; ///< of the last change
         std::span<const KeyId> keys;
         std::span<const double> seconds;
     };
@@ -39,8 +49,11 @@ public:
     std::size_t dayCount() const;
     OneDay oneDay(std::size_t index) const;
 
-    /// Whether a record has changes that the store does not have.
-    bool hasChanges() const { return !changed_.isEmpty(); }
+    /// Whether there are changes that the store does not have.
+    bool hasChanges() const { return cleared_ || !changed_.isEmpty(); }
+
+    /// Whether the store still has to erase all it has, before the records below are written.
+    bool isCleared() const { return cleared_; }
 
     /// The records with changes, by day, for writing them.
     struct Pending {
@@ -50,7 +63,10 @@ public:
     std::vector<Pending> pending() const;
 
     /// The store has everything now.
-    void settle() { changed_.clear(); }
+    void settle() {
+        changed_.clear();
+        cleared_ = false;
+    }
 
     struct Stored {
         Day day;
@@ -73,6 +89,7 @@ private:
     struct Group {
         Day day;
         std::uint32_t first; // Of the columns below; it ends where the next one begins.
+        quint64 generation;
     };
     struct Place {
         Day day;
@@ -95,7 +112,10 @@ private:
     mutable std::vector<KeyId> recordKeys_;
     mutable std::vector<double> seconds_;
     mutable std::function<std::vector<Stored>()> older_;
+    mutable quint64 generation_ = 0;
+    quint64 replacedAt_ = 0;
     Day since_;
+    bool cleared_ = false;
     QHash<Place, bool> changed_; // Whether the record is new.
 };
 

@@ -21,11 +21,16 @@ public:
         , write_(write)
         , entity_(entity) {}
 
+    /// Looks up the last one given out, which the rows themselves may be the only ones to know.
+    void read() {
+        read_.bind(1, qint64{entity_});
+        last_ = read_.step() ? read_.integer(0) : 0;
+        read_.reset();
+    }
+
     qint64 next() {
         if (last_ == 0) {
-            read_.bind(1, qint64{entity_});
-            last_ = read_.step() ? read_.integer(0) : 0;
-            read_.reset();
+            read();
         }
         return ++last_;
     }
@@ -67,6 +72,7 @@ struct ModelContext::Statements {
                                       "ZID, ZDAY, ZKEY) VALUES (?3, 2, 1, ?1, ?2, ?4, ?5)")
         , updateDayActivity(database, "UPDATE ZDAYACTIVITY SET Z_OPT = IFNULL(Z_OPT, 0) + 1, "
                                       "ZSECONDS = ?1 WHERE ZID = ?2")
+        , deleteDayActivities(database, "DELETE FROM ZDAYACTIVITY")
         // The highest key ever given out; a table that is ahead of its counter is believed.
         , lastActivityKey(database,
                           "SELECT MAX(IFNULL((SELECT Z_MAX FROM Z_PRIMARYKEY WHERE Z_ENT = ?1), 0),"
@@ -80,6 +86,7 @@ struct ModelContext::Statements {
     Statement updateActivity;
     Statement insertDayActivity;
     Statement updateDayActivity;
+    Statement deleteDayActivities;
     Statement lastActivityKey;
     Statement lastDayActivityKey;
     Statement writeLastKey;
@@ -198,6 +205,10 @@ void ModelContext::save() {
                 .run();
             given.emplace_back(&primaryKey, key);
         }
+    }
+    if (dayActivities_.isCleared()) {
+        dayActivityKeys.read();
+        s.deleteDayActivities.run();
     }
     for (const auto& [record, isNew] : dayActivities_.pending()) {
         const QString id = record.id();

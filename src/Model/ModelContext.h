@@ -41,8 +41,8 @@ public:
 
     bool hasChanges() const { return activities_.hasChanges() || dayActivities_.hasChanges(); }
 
-    /// Writes every changed record, all of them or, with a `ModelError`, none: then they stay
-    /// pending for the next save. Does nothing when nothing has changed.
+    /// Writes every change, all of them or, with a `ModelError`, none: then they stay pending for
+    /// the next save. Does nothing when nothing has changed.
     void save();
 
 private:
