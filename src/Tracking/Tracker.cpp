@@ -164,7 +164,6 @@ void Tracker::seedHistory() {
 
 Activity& Tracker::insertActivity(const QString& key, const QString& name, Category category) {
     Activity& activity = activities_.append(key, name, category, 0);
-    invalidateCaches();
     Q_EMIT activitiesChanged();
     return activity;
 }

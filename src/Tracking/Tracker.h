@@ -100,6 +100,13 @@ public:
 
     /// Seconds of the session in this category, over the activities that can be listed.
     double total(Category category) const;
+    /// What the panel lists, the activity that is timed now first, then by time. Valid until the
+    /// next reading.
+    const std::vector<const Activity*>& sorted() const;
+    /// Every activity that can be listed, in store order.
+    std::vector<const Activity*> classifiableActivities() const;
+    /// The ignored ones of them, by time.
+    std::vector<const Activity*> unmonitored() const;
 
 Q_SIGNALS:
     void activitiesChanged();
@@ -164,10 +171,38 @@ private:
     bool isBrowserApp(const QString& key) const;
 
     // Listings.
+    /// An activity with less than a minute is listed for five minutes after its last use.
+    static constexpr double briefSeconds = 60;
+    static constexpr double briefStays = 300;
+
+    // Nothing tells a cache that it is out of date. Each holds the version of what it was made of:
+    // the list's own count of changes, and the count of changes of what can be listed.
+    using ListingVersion = std::pair<quint64, quint64>;
+    struct TotalsCache {
+        std::optional<ListingVersion> version;
+        std::array<double, allCases.size()> seconds{};
+    };
+    struct RowsInputs {
+        ListingVersion version;
+        quint64 revision;
+        bool all;
+        qint64 second;
+        std::optional<QString> activeKey;
+        friend bool operator==(const RowsInputs&, const RowsInputs&) = default;
+    };
+    struct RowsCache {
+        std::optional<RowsInputs> inputs;
+        std::vector<const Activity*> rows;
+        std::vector<std::uint32_t> order; // Of the listed rows by time, kept to be repaired.
+        std::vector<std::uint8_t> listed; // By row, kept for its room.
+    };
+    ListingVersion listingVersion() const;
+
     bool isEligible(const Activity& activity) const;
+    const std::vector<std::uint8_t>& eligibleRows() const;
     bool computeEligible(const Activity& activity) const;
     void excludeSystemKey(const QString& key);
-    void invalidateCaches() { totalsCache_.reset(); }
+    bool precedes(std::size_t a, std::size_t b) const;
 
     void bumpRevision();
     void setStorageError(const std::optional<QString>& error);
@@ -216,7 +251,9 @@ private:
     /// By row of `activities_`, as far as it was asked for; what it rests on changes for no
     /// activity but through `excludeSystemKey()`.
     mutable std::vector<std::uint8_t> eligible_;
-    mutable std::optional<std::array<double, allCases.size()>> totalsCache_;
+    quint64 eligibleGeneration_ = 0;
+    mutable TotalsCache totalsCache_;
+    mutable RowsCache rowsCache_;
     /// The bundle identifier asked for last and its key, so that a tick makes no text.
     std::pair<QString, QString> lastAppKey_;
 };

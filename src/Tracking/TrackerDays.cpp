@@ -35,7 +35,6 @@ void Tracker::startNewDayIfNeeded() {
         activity.setSeconds(dayRecords_.seconds(day, activity.keyId()).value_or(0));
     }
     setResetDate(today);
-    invalidateCaches();
     bumpRevision();
     save();
 }

@@ -105,7 +105,6 @@ void Tracker::transition(const std::optional<Focus>& focus) {
     // Not the argument itself: it may be the accumulator's own focus, which is about to change.
     const std::optional<Focus> target =
         focus && !isIgnored(focus->key) ? focus : std::optional<Focus>();
-    invalidateCaches();
 
     const Date date = dateNow_();
     const std::optional<Focus>& running = accumulator_.focus;
@@ -131,7 +130,6 @@ void Tracker::transition(const std::optional<Focus>& focus) {
         entered->setLastUsedAt(date);
     }
     setActiveKey(target ? &target->key : nullptr);
-    invalidateCaches();
     bumpRevision();
 }
 

@@ -9,10 +9,6 @@ constexpr MainLoop::Duration tickInterval{1.0};
 constexpr MainLoop::Duration tickTolerance{0.05};
 constexpr int ticksPerSave = 5;
 
-/// An activity with less than a minute is listed for five minutes after its last use.
-constexpr double briefSeconds = 60;
-constexpr double briefStays = 300;
-
 } // namespace
 
 void Tracker::updateTimers() {
