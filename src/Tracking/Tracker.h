@@ -82,6 +82,17 @@ public:
     void setDisabledBrowsers(std::set<QString> bundleIDs);
     void setShowAllActivities(bool showAll);
 
+    /// Gives the activity this category, for all its time, past days included. What is ignored is
+    /// not timed from now on, and remembers the category that it had.
+    void classify(const Activity& activity, Category newCategory);
+    /// The same for the two categories that a person selects by a button; nothing for any other,
+    /// and nothing when it is selected already.
+    void selectClassification(const Activity& activity, Category category);
+    /// Gives an ignored activity the category back that it had before.
+    void resumeMonitoring(const Activity& activity);
+    /// Begins the session anew, at zero; the history keeps the time.
+    void reset();
+
     const ActivityList& activities() const;
     bool showAllActivities() const { return showAllActivities_; }
     bool paused() const { return paused_; }
