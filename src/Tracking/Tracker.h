@@ -9,6 +9,7 @@
 #include "Platform/NotificationCenter.h"
 #include "Platform/Platform.h"
 #include "Tracking/Focus.h"
+#include "Tracking/HistoryTotals.h"
 #include "Tracking/TimeAccumulator.h"
 
 #include <QObject>
@@ -92,6 +93,8 @@ public:
     void resumeMonitoring(const Activity& activity);
     /// Begins the session anew, at zero; the history keeps the time.
     void reset();
+    /// Erases the time of all days; the session and the categories stay.
+    void clearHistory();
 
     const ActivityList& activities() const;
     bool showAllActivities() const { return showAllActivities_; }
@@ -118,6 +121,15 @@ public:
     std::vector<const Activity*> classifiableActivities() const;
     /// The ignored ones of them, by time.
     std::vector<const Activity*> unmonitored() const;
+
+    /// Seconds by day and category, over the activities that can be listed. Valid until the next
+    /// change.
+    const HistoryTotals& dayTotals() const;
+    /// Rows of seven days in the person's week, up to today, the oldest week first; none when they
+    /// would begin before the year 1.
+    std::vector<std::vector<HistoryDay>> historyWeeks(int weeks) const;
+    /// How many days have time.
+    int historyDayCount() const;
 
 Q_SIGNALS:
     void activitiesChanged();
@@ -208,6 +220,7 @@ private:
         std::vector<std::uint8_t> listed; // By row, kept for its room.
     };
     ListingVersion listingVersion() const;
+    HistoryTotals::CategoriesVersion categoriesVersion() const;
 
     bool isEligible(const Activity& activity) const;
     const std::vector<std::uint8_t>& eligibleRows() const;
@@ -265,6 +278,7 @@ private:
     quint64 eligibleGeneration_ = 0;
     mutable TotalsCache totalsCache_;
     mutable RowsCache rowsCache_;
+    mutable HistoryTotals historyCache_;
     /// The bundle identifier asked for last and its key, so that a tick makes no text.
     std::pair<QString, QString> lastAppKey_;
 };

@@ -37,6 +37,10 @@ Tracker::ListingVersion Tracker::listingVersion() const {
     return {activities_.generation(), eligibleGeneration_};
 }
 
+HistoryTotals::CategoriesVersion Tracker::categoriesVersion() const {
+    return {activities_.categoryGeneration(), eligibleGeneration_};
+}
+
 bool Tracker::isEligible(const Activity& activity) const {
     return eligibleRows()[activity.row()] != 0;
 }

@@ -98,6 +98,7 @@ TEST_F(TrackerListingsTest, WhatCannotBeListedIsInNoListAndNoTotal) {
     world.browsers.answer(QStringLiteral("a.org")); // Looks at what is in front.
     EXPECT_EQ(tracker.total(Category::production), 0);
     EXPECT_EQ(sorted(), QStringList());
+    EXPECT_EQ(tracker.dayTotals().size(), 0U);
 }
 
 TEST_F(TrackerListingsTest, CategoriesDecideWhatIsCountedWhere) {
