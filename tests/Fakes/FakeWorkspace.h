@@ -14,6 +14,8 @@ public:
     std::optional<RunningApplication> front;
     std::map<QString, QString> locations;
     std::set<QString> components;
+    /// Those of the components that somebody asked about.
+    mutable std::set<QString> seenComponents;
 
     const RunningApplication* frontmostApplication() const override {
         return front ? &*front : nullptr;
@@ -23,7 +25,11 @@ public:
         return found == locations.end() ? std::nullopt : std::optional(found->second);
     }
     bool isSystemComponent(const QString& bundleIdentifier) const override {
-        return components.contains(bundleIdentifier);
+        const bool isComponent = components.contains(bundleIdentifier);
+        if (isComponent) {
+            seenComponents.insert(bundleIdentifier);
+        }
+        return isComponent;
     }
     const QString& ownBundleIdentifier() const override { return own_; }
 
