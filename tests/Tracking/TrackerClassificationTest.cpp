@@ -160,15 +160,3 @@ TEST_F(TrackerClassificationTest, AResetBeginsTheSessionAtZeroAndKeepsEverything
     EXPECT_EQ(world.seconds("app:b"), 3);
     EXPECT_EQ(world.days().at(QStringLiteral("2024-03-05|app:b")), 5);
 }
-
-TEST_F(TrackerClassificationTest, AFailedSaveKeepsTheChangeAndIsTold) {
-    Activity& a = add("app:a");
-    other.run("BEGIN IMMEDIATE");
-    tracker.classify(a, Category::production);
-    EXPECT_TRUE(tracker.storageError());
-    EXPECT_EQ(a.category(), Category::production);
-    other.run("ROLLBACK");
-    tracker.save();
-    EXPECT_FALSE(tracker.storageError());
-    EXPECT_EQ(rowsWhere("ZCATEGORYVALUE = 'production'"), 1);
-}
