@@ -1,4 +1,4 @@
-#include <QGuiApplication>
+#include <QApplication>
 
 #include <gmock/gmock.h>
 
@@ -8,6 +8,6 @@ int main(int argc, char** argv) {
     ::testing::InitGoogleMock(&argc, argv);
     std::signal(SIGPIPE, SIG_IGN); // As the application does.
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QGuiApplication application(argc, argv);
+    const QApplication application(argc, argv);
     return RUN_ALL_TESTS();
 }
