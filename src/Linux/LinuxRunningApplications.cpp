@@ -51,7 +51,7 @@ QString LinuxRunningApplications::bundleIdentifier(qint64 process) const {
     Window window;
     window.processIdentifier = process;
     const auto application = identity_.identify(window);
-    const QString identifier = application ? application->bundleIdentifier : QString();
+    QString identifier = application ? application->bundleIdentifier : QString();
     known_.emplace(process, identifier);
     return identifier;
 }

@@ -92,9 +92,7 @@ void BrowserConnection::hear(std::string_view text) {
     }
     const auto& message = std::get<ExtensionMessage>(parsed);
     if (!state_ || state_->focused != message.focused) {
-        if (!state_) {
-            state_.emplace();
-        }
+        state_ = state_.value_or(State());
         state_->focusChangedAt = now;
     }
     state_->origin = message.origin;

@@ -31,7 +31,7 @@ void LinuxAutomation::ask(const QString& bundleIdentifier) {
     prompt = new PermissionPrompt(
         surroundings_.name(bundleIdentifier),
         {[this, bundleIdentifier] {
-             const auto preparation = surroundings_.prepare(bundleIdentifier);
+             auto preparation = surroundings_.prepare(bundleIdentifier);
              if (preparation.next != PermissionPrompt::Preparation::Next::Failed) {
                  permission_.agree(bundleIdentifier);
              }
