@@ -1,15 +1,14 @@
 #include "Linux/Applications/ApplicationIdentity.h"
 
 #include "Linux/Applications/BoundedFile.h"
+#include "Linux/Applications/KeyFile.h"
 
 #include <QFile>
 
-#include <glib.h>
 #include <limits.h>
 #include <unistd.h>
 
 #include <array>
-#include <memory>
 #include <utility>
 
 namespace orvanta {
@@ -107,15 +106,11 @@ QString ApplicationIdentity::flatpakId(qint64 process) const {
     if (!content) {
         return {};
     }
-    const std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)> file(g_key_file_new(),
-                                                                      &g_key_file_unref);
-    if (g_key_file_load_from_data(file.get(), content->constData(),
-                                  static_cast<gsize>(content->size()), G_KEY_FILE_NONE,
-                                  nullptr) == FALSE) {
+    const auto file = KeyFile::parse(*content);
+    if (!file) {
         return {};
     }
-    const std::unique_ptr<char, decltype(&g_free)> name(
-        g_key_file_get_string(file.get(), "Application", "name", nullptr), &g_free);
+    const Characters name = file->text("Application", "name");
     const QByteArrayView id(name.get());
     return id.size() <= longestFlatpakId ? QString::fromUtf8(id) : QString();
 }

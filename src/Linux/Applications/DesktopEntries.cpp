@@ -1,17 +1,17 @@
 #include "Linux/Applications/DesktopEntries.h"
 
 #include "Linux/Applications/BoundedFile.h"
+#include "Linux/Applications/KeyFile.h"
 
 #include <QFile>
 
-#include <glib.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
 #include <ctime>
 #include <filesystem>
-#include <memory>
+#include <iterator>
 #include <unordered_set>
 #include <utility>
 
@@ -19,7 +19,6 @@ namespace orvanta {
 
 namespace {
 
-constexpr qsizetype largestFile = qsizetype{1} << 20;
 constexpr qsizetype longestText = 1024; ///< of a name, a class or a program's name, in bytes
 constexpr char nameLocale[] = "pt_BR";  // GKeyFile falls back to "pt", then to the plain name.
 
@@ -27,17 +26,6 @@ constexpr char nameLocale[] = "pt_BR";  // GKeyFile falls back to "pt", then to 
 constexpr std::array<QByteArrayView, 14> interpreters{
     "bash", "dash", "electron", "env",     "flatpak", "gapplication", "gjs",
     "java", "perl", "pkexec",   "python3", "sh",      "snap",         "wine"};
-
-template <auto Release>
-struct Releasing {
-    template <typename T>
-    void operator()(T* object) const {
-        Release(object);
-    }
-};
-using KeyFile = std::unique_ptr<GKeyFile, Releasing<g_key_file_unref>>;
-using Characters = std::unique_ptr<char, Releasing<g_free>>;
-using Arguments = std::unique_ptr<char*, Releasing<g_strfreev>>;
 
 QByteArrayView bounded(const char* text) {
     const QByteArrayView view(text);
@@ -72,26 +60,6 @@ void dropOtherTranslations(QByteArray& content) {
         line = next;
     }
     content.truncate(kept - begin);
-}
-
-/// Null for a key that is missing, empty or not UTF-8.
-Characters text(const KeyFile& file, const char* key) {
-    Characters value(g_key_file_get_string(file.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr));
-    return value && *value != '\0' ? std::move(value) : nullptr;
-}
-
-bool isSet(const KeyFile& file, const char* key) {
-    return g_key_file_get_boolean(file.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr) != FALSE;
-}
-
-/// Null for a command line that no shell would take.
-Characters firstArgument(const char* commandLine) {
-    char** arguments = nullptr;
-    if (g_shell_parse_argv(commandLine, nullptr, &arguments, nullptr) == FALSE) {
-        return nullptr;
-    }
-    const Arguments owned(arguments);
-    return Characters(g_strdup(arguments[0]));
 }
 
 bool isInstalled(const char* program) {
@@ -143,41 +111,40 @@ private:
         if (!seen_.insert(id.toStdString()).second || !id.isValidUtf8() || !path.isValidUtf8()) {
             return;
         }
-        auto content = readBounded(path, largestFile, true);
+        auto content = readBounded(path, KeyFile::largest, true);
         if (!content) {
             return;
         }
         dropOtherTranslations(*content);
-        const KeyFile file(g_key_file_new());
-        if (g_key_file_load_from_data(file.get(), content->constData(),
-                                      static_cast<gsize>(content->size()),
-                                      G_KEY_FILE_KEEP_TRANSLATIONS, nullptr) == FALSE) {
+        const auto file = KeyFile::parse(*content);
+        if (!file) {
             return;
         }
-        const Characters exec = text(file, G_KEY_FILE_DESKTOP_KEY_EXEC);
-        const Characters program = exec ? firstArgument(exec.get()) : nullptr;
-        const Characters tried = text(file, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC);
-        const Characters type = text(file, G_KEY_FILE_DESKTOP_KEY_TYPE);
+        constexpr auto group = G_KEY_FILE_DESKTOP_GROUP;
+        const Characters exec = file->text(group, G_KEY_FILE_DESKTOP_KEY_EXEC);
+        const Arguments command = exec ? shellWords(exec.get()) : nullptr;
+        const char* const program = command ? *command.get() : nullptr;
+        const Characters tried = file->text(group, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC);
+        const Characters type = file->text(group, G_KEY_FILE_DESKTOP_KEY_TYPE);
         if (QByteArrayView(type.get()) != G_KEY_FILE_DESKTOP_TYPE_APPLICATION ||
-            isSet(file, G_KEY_FILE_DESKTOP_KEY_HIDDEN) || (tried && !isInstalled(tried.get())) ||
-            (exec && (!program || !isInstalled(program.get())))) {
+            file->isSet(group, G_KEY_FILE_DESKTOP_KEY_HIDDEN) ||
+            (tried && !isInstalled(tried.get())) ||
+            (exec && (program == nullptr || !isInstalled(program)))) {
             return;
         }
-        const Characters wmClass = text(file, G_KEY_FILE_DESKTOP_KEY_STARTUP_WM_CLASS);
-        const Characters name(g_key_file_get_locale_string(file.get(), G_KEY_FILE_DESKTOP_GROUP,
-                                                           G_KEY_FILE_DESKTOP_KEY_NAME, nameLocale,
-                                                           nullptr));
+        const Characters wmClass = file->text(group, G_KEY_FILE_DESKTOP_KEY_STARTUP_WM_CLASS);
+        const Characters name = file->translation(group, G_KEY_FILE_DESKTOP_KEY_NAME, nameLocale);
         Entry entry;
         entry.id = add(id);
         entry.foldedId = add(QString::fromUtf8(id).toCaseFolded().toUtf8());
         entry.name = add(bounded(name.get()));
         entry.path = add(path);
         entry.startupWmClass = add(bounded(wmClass.get()));
-        const auto executable = fileName(bounded(program.get()));
+        const auto executable = fileName(bounded(program));
         if (std::ranges::count(interpreters, executable) == 0) {
             entry.executable = add(executable);
         }
-        entry.shown = !isSet(file, G_KEY_FILE_DESKTOP_KEY_NO_DISPLAY);
+        entry.shown = !file->isSet(group, G_KEY_FILE_DESKTOP_KEY_NO_DISPLAY);
         index_.entries_.push_back(entry);
     }
 
@@ -196,6 +163,7 @@ DesktopEntries::DesktopEntries(QStringList folders)
     : roots_(std::move(folders)) {}
 
 std::optional<DesktopEntry> DesktopEntries::find(std::span<const Clue> clues) {
+    const std::scoped_lock lock(mutex_);
     const Entry* entry = built_ ? findNow(clues) : nullptr;
     if (entry == nullptr && (!built_ || isOutdated())) {
         rebuild();
@@ -204,13 +172,34 @@ std::optional<DesktopEntry> DesktopEntries::find(std::span<const Clue> clues) {
     if (entry == nullptr) {
         return std::nullopt;
     }
-    return DesktopEntry{QString::fromUtf8(view(entry->id)), QString::fromUtf8(view(entry->name)),
-                        QString::fromUtf8(view(entry->path))};
+    return publicEntry(*entry);
 }
 
 std::optional<DesktopEntry> DesktopEntries::withId(const QString& id) {
     const std::array clues{Clue{Key::Id, id}};
     return find(clues);
+}
+
+std::optional<DesktopEntry> DesktopEntries::at(const QString& path) {
+    const std::array clues{Clue{Key::Path, path}};
+    return find(clues);
+}
+
+std::vector<DesktopEntry> DesktopEntries::all() {
+    const std::scoped_lock lock(mutex_);
+    if (!built_ || isOutdated()) {
+        rebuild();
+    }
+    std::vector<DesktopEntry> all;
+    all.reserve(entries_.size());
+    std::ranges::transform(entries_, std::back_inserter(all),
+                           [this](const Entry& entry) { return publicEntry(entry); });
+    return all;
+}
+
+DesktopEntry DesktopEntries::publicEntry(const Entry& entry) const {
+    return {QString::fromUtf8(view(entry.id)), QString::fromUtf8(view(entry.name)),
+            QString::fromUtf8(view(entry.path))};
 }
 
 DesktopEntries::Folder DesktopEntries::look(const QByteArray& path) {
@@ -269,6 +258,8 @@ const DesktopEntries::Entry* DesktopEntries::findNow(const Clue& clue) const {
         switch (clue.key) {
         case Key::Id:
             return view(entry.id) == wanted;
+        case Key::Path:
+            return view(entry.path) == wanted;
         case Key::FoldedId:
             return view(entry.foldedId) == wanted;
         case Key::LastIdComponent:

@@ -7,6 +7,7 @@
 #include <sys/types.h>
 
 #include <ctime>
+#include <mutex>
 #include <optional>
 #include <span>
 #include <vector>
@@ -31,10 +32,13 @@ struct DesktopEntry {
 /// The index is made when it is first asked. When nothing is found, and a folder has changed since,
 /// it is made anew; nothing is watched in between. A change inside an existing file is not noticed,
 /// as package managers replace files.
+///
+/// From any thread.
 class DesktopEntries {
 public:
     enum class Key {
         Id,
+        Path,
         FoldedId,          ///< the id, ignoring case
         LastIdComponent,   ///< what follows the id's last dot, ignoring case; only if unique
         StartupWmClass,    ///< an entry shown in menus precedes others
@@ -53,6 +57,10 @@ public:
     /// The entry of the first clue that leads to one.
     std::optional<DesktopEntry> find(std::span<const Clue> clues);
     std::optional<DesktopEntry> withId(const QString& id);
+    std::optional<DesktopEntry> at(const QString& path);
+
+    /// Those that menus show first, then by their ids. Looks for changes of the folders.
+    std::vector<DesktopEntry> all();
 
 private:
     /// A part of `text_`: one block instead of six strings an entry.
@@ -84,7 +92,9 @@ private:
     const Entry* findNow(std::span<const Clue> clues) const;
     const Entry* findNow(const Clue& clue) const;
     QByteArrayView view(Text text) const;
+    DesktopEntry publicEntry(const Entry& entry) const;
 
+    std::mutex mutex_;
     QStringList roots_;
     bool built_ = false;
     bool racy_ = false; ///< a folder changed so shortly before that its time may stand for more
