@@ -4,7 +4,9 @@
 #include "Linux/SystemClock.h"
 #include "Model/ActivityStore.h"
 #include "Model/PreferencesMigration.h"
+#include "Platform/Bundles.h"
 #include "Platform/Workspace.h"
+#include "Tracking/Classification.h"
 #include "Tracking/FrontmostProbe.h"
 #include "Views/Text/StatusText.h"
 #include "WindowWatchingText.h"
@@ -24,6 +26,11 @@ namespace {
 
 const auto domain = QStringLiteral("com.brindlework.orvanta");
 const auto olderDomain = QStringLiteral("com.local.Orvanta");
+const auto automationDomain = QStringLiteral("com.brindlework.orvanta.automation");
+
+QString configurationFolder() {
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+}
 
 int firstWeekday() {
     return QLocale::system().firstDayOfWeek() % 7 + 1; // Qt counts from Monday, 1.
@@ -33,8 +40,9 @@ int firstWeekday() {
 
 AppDelegate::AppDelegate(LinuxPlatform& platform)
     : platform_(platform)
-    , defaults_(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation), domain)
-    , calendar_(QTimeZone::systemTimeZone(), firstWeekday()) {}
+    , defaults_(configurationFolder(), domain)
+    , calendar_(QTimeZone::systemTimeZone(), firstWeekday())
+    , automationDefaults_(configurationFolder(), automationDomain) {}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -52,10 +60,22 @@ bool AppDelegate::applicationDidFinishLaunching() {
         return false;
     }
 
+    automation_ = platform_.makeAutomation(
+        [this](const QString& key) {
+            return automationDefaults_.stringArray(key).value_or(QStringList());
+        },
+        [this](const QString& key, const QStringList& identifiers) {
+            automationDefaults_.setStringArray(key, identifiers);
+        });
+    const Bundles& bundles = platform_.bundles();
+    reader_ = std::make_unique<BrowserReader>(bundles, automation_->runningApplications(),
+                                              automation_->transport(), automation_->permission(),
+                                              Classification::host);
+
     const Platform platform = platform_.platform();
     tracker_ = std::make_unique<Tracker>(
-        container_->mainContext(), reader_, defaults_,
-        [](const QString&) { return std::optional<BrowserDialect>(); }, systemUptime,
+        container_->mainContext(), *reader_, defaults_,
+        [&bundles](const QString& id) { return BrowserDialect::of(id, bundles); }, systemUptime,
         [] { return Date::from(std::chrono::system_clock::now()); }, calendar_,
         [&workspace = platform.workspace] { return frontmostFocus(workspace); }, platform);
 

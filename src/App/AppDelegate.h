@@ -1,12 +1,13 @@
 #pragma once
 
+#include "Browsers/BrowserReader.h"
+#include "Linux/BrowserBridge/LinuxAutomation.h"
 #include "Model/Calendar.h"
 #include "Model/ModelContainer.h"
 #include "Model/UserDefaults.h"
 #include "Platform/MainLoop.h"
 #include "Platform/StatusItem.h"
 #include "Tracking/Tracker.h"
-#include "UnknownBrowsers.h"
 
 #include <QObject>
 
@@ -45,8 +46,10 @@ private:
     LinuxPlatform& platform_;
     UserDefaults defaults_;
     Calendar calendar_;
-    UnknownBrowsers reader_;
+    UserDefaults automationDefaults_;
     std::unique_ptr<ModelContainer> container_;
+    std::unique_ptr<LinuxAutomation> automation_;
+    std::unique_ptr<BrowserReader> reader_;
     std::unique_ptr<Tracker> tracker_;
     std::unique_ptr<StatusItem> status_;
     std::optional<StatusTitle> title_;

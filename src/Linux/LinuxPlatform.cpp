@@ -44,6 +44,7 @@ std::unique_ptr<WindowWatcher> makeWindowWatcher(MainLoop& mainLoop) {
 LinuxPlatform::LinuxPlatform()
     : watcher_(makeWindowWatcher(mainLoop_))
     , entries_(QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation))
+    , bundles_(entries_, LinuxBundles::Places::ofThisProcess())
     , workspace_(*watcher_, entries_, workspaceNotifications_, QCoreApplication::applicationPid(),
                  QStringLiteral("com.brindlework.orvanta")) {
     // libxcb writes to a server that may have died since the last event.
@@ -87,6 +88,38 @@ std::unique_ptr<StatusItem> LinuxPlatform::makeStatusItem(StatusItem::Handlers h
         StatusNotifierItem::Configuration{qEnvironmentVariable("XDG_CURRENT_DESKTOP"),
                                           systemUptime},
         mainLoop_);
+}
+
+std::unique_ptr<LinuxAutomation>
+LinuxPlatform::makeAutomation(std::function<QStringList(const QString&)> load,
+                              std::function<void(const QString&, const QStringList&)> store) {
+    // The variable itself: what stands in for it where it is not set, the host does not know.
+    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    return std::make_unique<LinuxAutomation>(LinuxAutomation::Surroundings{
+        .transport = {workspace_, workspaceNotifications_, mainLoop_, systemUptime,
+                      [this] {
+                          const RunningApplication* front = workspace_.frontmostApplication();
+                          return front &&
+                                 front->bundleIdentifier == workspace_.ownBundleIdentifier();
+                      }},
+        .bridge = {.socket = runtime.isEmpty()
+                                 ? QString()
+                                 : runtime + QStringLiteral("/com.brindlework.orvanta/browsers"),
+                   .hostExecutable = QCoreApplication::applicationDirPath() +
+                                     QStringLiteral("/orvanta-browser-host")},
+        .identity = ApplicationIdentity(entries_, QCoreApplication::applicationPid(),
+                                        workspace_.ownBundleIdentifier()),
+        .load = std::move(load),
+        .store = std::move(store),
+        .name =
+            [this](const QString& identifier) {
+                const auto location = bundles_.locationOfApplication(identifier);
+                return location ? bundles_.displayName(*location) : identifier;
+            },
+        .prepare = [](const QString&) { return PermissionPrompt::Preparation(); },
+        .withdraw =
+            [](const QString&) {
+            }});
 }
 
 } // namespace orvanta

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "Linux/Applications/DesktopEntries.h"
+#include "Linux/Applications/LinuxBundles.h"
+#include "Linux/BrowserBridge/LinuxAutomation.h"
 #include "Linux/LinuxWorkspace.h"
 #include "Linux/MainLoop/QtMainLoop.h"
 #include "Linux/Presence/DayChange.h"
@@ -13,6 +15,7 @@
 #include <QObject>
 #include <QTimeZone>
 
+#include <functional>
 #include <memory>
 
 namespace orvanta {
@@ -35,6 +38,15 @@ public:
     /// a QApplication; this object outlives it.
     std::unique_ptr<StatusItem> makeStatusItem(StatusItem::Handlers handlers);
 
+    /// The applications that are installed.
+    const Bundles& bundles() const { return bundles_; }
+
+    /// Begins to listen for browsers. The two functions keep the person's decisions, as
+    /// `LinuxAutomationPermission` asks for them; this object outlives the result.
+    std::unique_ptr<LinuxAutomation>
+    makeAutomation(std::function<QStringList(const QString&)> load,
+                   std::function<void(const QString&, const QStringList&)> store);
+
     /// Begins to announce absence and the day change on the notification centres, first of all what
     /// already holds. To be called once, when those who want to hear it observe the centres.
     void startPresence();
@@ -54,6 +66,7 @@ private:
     NotificationCenter distributedNotifications_;
     std::unique_ptr<WindowWatcher> watcher_;
     DesktopEntries entries_;
+    LinuxBundles bundles_;
     LinuxWorkspace workspace_;
     std::unique_ptr<Presence> presence_;
     std::unique_ptr<DayChange> dayChange_;
