@@ -2,7 +2,7 @@
 
 // Tells Orvanta, through the program that the browser starts for it, which site is in front: scheme
 // and host of the active tab, and whether one of this profile's windows has the focus. It speaks when
-// that changes and when it is asked. Private windows are closed to it by the manifest.
+// that changes, when a window gets the focus and when it is asked. Private windows are closed to it by the manifest.
 
 const api = globalThis.browser ?? chrome;
 
@@ -10,6 +10,7 @@ const VERSION = 1;
 const HOST = "com.brindlework.orvanta";
 const FIRST_WAIT = 1000; // ms
 const LONGEST_WAIT = 16000;
+const LOSS_SHOWS_AFTER = 300;
 
 // A host as URL writes it, no longer than a name can be: what Orvanta accepts.
 const NAME = /^(?:[a-z0-9_][a-z0-9._-]{0,252}|\[[0-9a-f.]*:[0-9a-f:.]*\])$/;
@@ -88,14 +89,23 @@ function lost() {
   api.alarms.create("connect", { delayInMinutes: 1 });
 }
 
-const changed = () => say();
-api.tabs.onActivated.addListener(changed);
+api.tabs.onActivated.addListener(() => say());
 api.tabs.onUpdated.addListener((_, change, tab) => {
   if (change.url !== undefined && tab.active) {
     say();
   }
 });
-api.windows.onFocusChanged.addListener(changed);
+api.windows.onFocusChanged.addListener((id) => {
+  if (id === api.windows.WINDOW_ID_NONE) {
+    // The window may look focused a moment longer; or it is, and a menu opened.
+    setTimeout(say, LOSS_SHOWS_AFTER);
+  } else {
+    // Chromium is silent when another application takes the focus, and at times when another profile
+    // does. So a window that gets it is news even if it was the last one told.
+    told = "";
+  }
+  say();
+});
 api.alarms.onAlarm.addListener(connect);
 // Whatever starts the browser or this script starts the connection.
 api.runtime.onStartup.addListener(connect);
