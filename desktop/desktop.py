@@ -297,6 +297,9 @@ class Desktop:
         return self.launch("xterm", "-geometry", "80x24+40+40", "-fa", "DejaVu Sans Mono", "-fs",
                            "11", "-e", "bash", "--norc")
 
+    def title(self, window):
+        return self.run("xdotool", "getwindowname", str(window)).strip()
+
     def launch_mousepad(self):
         return self.launch("mousepad")
 

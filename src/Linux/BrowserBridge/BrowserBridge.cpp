@@ -1,7 +1,5 @@
 #include "Linux/BrowserBridge/BrowserBridge.h"
 
-#include "Linux/Applications/BoundedFile.h"
-
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -48,9 +46,10 @@ QByteArray linkTarget(const QByteArray& path) {
 
 /// The fourth field of proc(5)'s stat; the second, in brackets, may hold anything.
 std::optional<qint64> parentOf(const QByteArray& processFolder) {
-    constexpr qsizetype limit = 4096;
-    const auto stat = readBounded(processFolder + "/stat", limit, false);
-    const QByteArray rest = stat ? stat->mid(stat->lastIndexOf(')') + 2) : QByteArray();
+    constexpr qint64 limit = 4096;
+    QFile file(QFile::decodeName(processFolder + "/stat"));
+    const QByteArray stat = file.open(QIODevice::ReadOnly) ? file.read(limit) : QByteArray();
+    const QByteArray rest = stat.mid(stat.lastIndexOf(')') + 2);
     bool isNumber = false;
     const qint64 parent = rest.split(' ').value(1).toLongLong(&isNumber);
     return isNumber && parent > 1 ? std::optional(parent) : std::nullopt;
@@ -81,13 +80,15 @@ BrowserBridge::~BrowserBridge() {
 }
 
 QString BrowserBridge::listen() {
+    // The hosts call as soon as they see the socket, so it gets its name when it can be called.
     const QByteArray path = QFile::encodeName(place_.socket);
+    const QByteArray early = path + ".new";
     sockaddr_un address{};
-    if (path.isEmpty() || path.size() >= static_cast<qsizetype>(sizeof address.sun_path)) {
+    if (path.isEmpty() || early.size() >= static_cast<qsizetype>(sizeof address.sun_path)) {
         return QStringLiteral("no socket can have this path: %1").arg(place_.socket);
     }
     address.sun_family = AF_UNIX;
-    std::memcpy(address.sun_path, path.constData(), static_cast<std::size_t>(path.size()));
+    std::memcpy(address.sun_path, early.constData(), static_cast<std::size_t>(early.size()));
 
     const QString folder = QFileInfo(place_.socket).path();
     if (!QDir().exists(folder) &&
@@ -95,20 +96,18 @@ QString BrowserBridge::listen() {
                       QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner)) {
         return systemError("cannot make the socket's folder");
     }
+    // What an earlier process of ours left is replaced; there is no other one now.
     struct stat there {};
-    if (::lstat(path.constData(), &there) == 0 && S_ISSOCK(there.st_mode)) {
-        ::unlink(path.constData()); // There is no other process of ours.
+    if (::lstat(path.constData(), &there) == 0 && !S_ISSOCK(there.st_mode)) {
+        return QStringLiteral("something else stands at %1").arg(place_.socket);
     }
+    ::unlink(early.constData());
     socket_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (socket_ < 0) {
-        return systemError("cannot make a socket");
-    }
-    // Before it is bound there is nobody who could call meanwhile.
-    const mode_t mask = ::umask(0177);
-    const int bound = ::bind(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address);
-    ::umask(mask);
     constexpr int backlog = 16;
-    if (bound != 0 || ::listen(socket_, backlog) != 0) {
+    if (socket_ < 0 ||
+        ::bind(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        ::chmod(early.constData(), S_IRUSR | S_IWUSR) != 0 || ::listen(socket_, backlog) != 0 ||
+        ::rename(early.constData(), path.constData()) != 0) {
         return systemError("cannot listen");
     }
     return {};

@@ -14,7 +14,9 @@ namespace orvanta {
 namespace {
 
 QLabel* makeLabel(QWidget* parent) {
+    constexpr int width = 400;
     auto* label = new QLabel(parent);
+    label->setFixedWidth(width);
     label->setTextFormat(Qt::PlainText); // A browser may be called anything.
     label->setWordWrap(true);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -36,10 +38,7 @@ PermissionPrompt::PermissionPrompt(const QString& browser, Actions actions)
     bold.setBold(true);
     text_->setFont(bold);
     auto* layout = new QVBoxLayout(this);
-    layout->setSizeConstraint(QLayout::SetMinAndMaxSize);
-    constexpr int width = 420;
-    setMinimumWidth(width);
-    setMaximumWidth(width);
+    layout->setSizeConstraint(QLayout::SetFixedSize); // It grows with what there is to say.
     layout->addWidget(text_);
     layout->addWidget(detail_);
     layout->addWidget(buttons_);

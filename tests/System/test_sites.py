@@ -1,0 +1,171 @@
+"""Real browsers in front of the whole application: the time goes to the site of the active tab."""
+
+import collections
+import os
+import pathlib
+import plistlib
+import signal
+import time
+
+import browsers
+import case
+import desktop
+import orvanta_end
+
+ALPHA, BETA, GAMMA = "site:alpha.test", "site:beta.test", "site:gamma.test"
+PATIENCE = orvanta_end.PATIENCE
+
+
+class Scenarios:
+    """The same for every browser; `browser_class` and `identifier` say which."""
+
+    def setUp(self):
+        super().setUp()
+        self.pages = orvanta_end.Sites()
+        self.addCleanup(self.pages.close)
+        self.browser = self.browser_class(self.desktop, self.pages)
+        self.due = collections.Counter()
+        self.slack = collections.Counter()
+
+    def address(self, host):
+        return self.browser.address(host)
+
+    def decisions(self):
+        path = (pathlib.Path(self.desktop.environment["XDG_CONFIG_HOME"])
+                / "com.brindlework.orvanta.automation.plist")
+        return plistlib.loads(path.read_bytes()) if path.exists() else {}
+
+    def agree(self):
+        """Answers the question that Orvanta puts, as a person with a keyboard does."""
+        question = desktop.wait_until(
+            lambda: self.desktop.windows_of(self.orvanta.process.pid), "the question", PATIENCE)[0]
+        self.desktop.activate(question)
+        self.desktop.press("space")
+        desktop.wait_until(lambda: self.decisions().get("allowed") == [self.identifier],
+                           "the decision and the connection", PATIENCE)
+
+    def counted(self):
+        return {key: seconds for key, seconds in self.store.session_seconds().items() if seconds}
+
+    def begin(self, key):
+        """Waits until this is what counts, as far as it has been saved."""
+        before = self.counted().get(key, 0)
+        desktop.wait_until(lambda: self.counted().get(key, 0) > before, f"{key} to count", PATIENCE)
+
+    def spend(self, key, act=lambda: None, seconds=4, late=0.0):
+        """After `act`, all time is this key's (or nobody's), at most so many seconds late."""
+        act()
+        time.sleep(seconds)
+        if key:
+            self.due[key] += seconds
+            self.slack[key] += case.TOLERANCE + late
+        else:
+            self.slack[None] += case.TOLERANCE
+
+    def end(self):
+        self.assertEqual(self.orvanta.ask_to_end()[1], 0)
+
+    def count_a_terminal(self):
+        """From here on `assert_counted` looks at what is gained."""
+        terminal = self.desktop.launch_xterm()
+        self.begin(case.XTERM)
+        self.start_of_count = self.counted()
+        return terminal
+
+    def assert_counted(self):
+        now = self.counted()
+        gained = {key: now[key] - self.start_of_count.get(key, 0) for key in now}
+        print({key: f"{gained.get(key, 0):.2f} of {due}" for key, due in self.due.items()})
+        self.assertLessEqual({key for key, seconds in gained.items() if seconds > 0.01},
+                             set(self.due))
+        for key, due in self.due.items():
+            self.assertGreaterEqual(gained.get(key, 0), due - self.slack[key], key)
+        # What is slow to be seen at one's end is late at the next one's beginning.
+        self.assertLessEqual(sum(gained.values()),
+                             sum(self.due.values()) + self.slack[None] + case.TOLERANCE)
+
+    def show(self, tab, title):
+        """Presses until the tab is there: a browser that has just come to the front may not listen."""
+        def shown():
+            self.desktop.press(self.browser.tab(tab))
+            return self.desktop.title(self.window).startswith(title)
+        desktop.wait_until(shown, f"the tab of {title}", PATIENCE, every=0.3)
+
+    def open_browser(self, *hosts):
+        self.window = self.browser.new_window(
+            lambda: self.browser.open(*(self.address(host) for host in hosts)))
+
+    def test_the_time_goes_to_the_site_in_front(self):
+        self.orvanta.start()
+        self.open_browser("alpha.test", "beta.test")
+        self.agree()
+        self.desktop.activate(self.window)
+        self.begin(ALPHA)
+        terminal = self.count_a_terminal()
+
+        self.spend(ALPHA, lambda: self.desktop.activate(self.window))
+        self.show(2, "beta.test")
+        self.spend(BETA)
+        self.spend(GAMMA, lambda: self.pages.go("beta.test", self.address("gamma.test")))
+        self.spend(case.XTERM, lambda: self.desktop.activate(terminal))
+        self.spend(GAMMA, lambda: self.desktop.activate(self.window))
+
+        self.browser.new_window(lambda: self.browser.open(
+            self.browser.private_window, self.address("secret.test")))
+        self.spend(None)
+        # A browser that had no site is asked again after two, four, eight seconds.
+        self.spend(GAMMA, lambda: self.desktop.activate(self.window), seconds=10, late=8)
+        self.end()
+        self.assert_counted()
+
+    def test_the_connection_comes_back(self):
+        self.orvanta.start()
+        self.open_browser("alpha.test")
+        self.agree()
+        self.desktop.activate(self.window)
+        self.begin(ALPHA)
+
+        host = self.host()
+        os.kill(host, signal.SIGKILL)
+        desktop.wait_until(lambda: self.host() not in (None, host), "another host", PATIENCE)
+        self.begin(ALPHA)
+
+        host = self.host()
+        self.end()
+        self.orvanta.start()
+        self.begin(ALPHA)
+        self.assertEqual(self.host(), host)
+
+        # Frozen when it comes to the front, it has no site until it moves again.
+        self.count_a_terminal()
+        self.browser.process.send_signal(signal.SIGSTOP)
+        self.spend(None, lambda: self.desktop.activate(self.window), seconds=5)
+        self.browser.process.send_signal(signal.SIGCONT)
+        self.begin(ALPHA)
+        self.assertLess(self.counted()[case.XTERM] - self.start_of_count[case.XTERM], 2)
+
+        self.browser.process.terminate()
+        self.browser.process.wait(PATIENCE)
+        desktop.wait_until(lambda: self.host() is None, "the host's end", PATIENCE)
+        self.browser.process = None
+        self.open_browser("gamma.test")
+        self.begin(GAMMA)
+        self.end()
+
+    def host(self):
+        """The process that the browser started."""
+        for children in pathlib.Path(f"/proc/{self.browser.process.pid}/task").glob("*/children"):
+            for child in children.read_text().split():
+                if "orvanta-browser-host" in pathlib.Path(f"/proc/{child}/cmdline").read_text():
+                    return int(child)
+        return None
+
+
+class Chromium(Scenarios, case.SystemTest):
+    browser_class = browsers.Chromium
+    identifier = "chromium"
+
+
+class Firefox(Scenarios, case.SystemTest):
+    browser_class = browsers.Firefox
+    identifier = "firefox-esr"
