@@ -1,0 +1,132 @@
+#include "Linux/BrowserBridge/NativeManifests.h"
+
+#include "Linux/BrowserBridge/ExtensionIdentity.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSaveFile>
+
+#include <utility>
+
+namespace orvanta {
+
+namespace {
+
+// Below XDG_CONFIG_HOME.
+constexpr const char* chromiumFolders[] = {
+    "chromium",       "google-chrome", "google-chrome-beta",          "google-chrome-unstable",
+    "microsoft-edge", "vivaldi",       "BraveSoftware/Brave-Browser", "opera",
+};
+
+// Below the home folder.
+constexpr const char* geckoFolders[] = {".mozilla", ".librewolf", ".waterfox"};
+
+// Newer versions keep profiles below XDG_CONFIG_HOME, and yet look for manifests and extensions in
+// the old place.
+constexpr char geckoConfigFolder[] = "mozilla";
+
+std::optional<FileProblem> notAPlainFile(const QFileInfo& file) {
+    const bool isInTheWay = file.isSymLink() || (file.exists() && !file.isFile());
+    return isInTheWay ? std::optional(FileProblem{file.filePath(), QStringLiteral("not a file")})
+                      : std::nullopt;
+}
+
+} // namespace
+
+QList<BrowserFolder> findBrowserFolders(const QString& home, const QString& configHome) {
+    QList<BrowserFolder> found;
+    for (const char* name : chromiumFolders) {
+        const QString path = QDir(configHome).filePath(QString::fromLatin1(name));
+        if (QFileInfo(path).isDir()) {
+            found.append({BrowserFolder::Family::Chromium, path});
+        }
+    }
+    const bool hasNewPlace =
+        QFileInfo(QDir(configHome).filePath(QString::fromLatin1(geckoConfigFolder))).isDir();
+    for (const char* name : geckoFolders) {
+        const QString path = QDir(home).filePath(QString::fromLatin1(name));
+        if (QFileInfo(path).isDir() || (name == geckoFolders[0] && hasNewPlace)) {
+            found.append({BrowserFolder::Family::Gecko, path});
+        }
+    }
+    return found;
+}
+
+NativeManifests::NativeManifests(QString hostExecutable)
+    : hostExecutable_(std::move(hostExecutable)) {}
+
+QString NativeManifests::path(const BrowserFolder& browser) {
+    const QString folder = browser.family == BrowserFolder::Family::Chromium
+                               ? QStringLiteral("NativeMessagingHosts")
+                               : QStringLiteral("native-messaging-hosts");
+    return browser.path + QLatin1Char('/') + folder + QLatin1Char('/') +
+           QString::fromLatin1(nativeHostName) + QStringLiteral(".json");
+}
+
+std::optional<FileProblem> NativeManifests::write(const BrowserFolder& browser) const {
+    QJsonObject manifest{
+        {QStringLiteral("name"), QString::fromLatin1(nativeHostName)},
+        {QStringLiteral("description"), QStringLiteral("Orvanta")},
+        {QStringLiteral("path"), hostExecutable_},
+        {QStringLiteral("type"), QStringLiteral("stdio")},
+    };
+    // One that names both kinds of extension is refused by Gecko.
+    if (browser.family == BrowserFolder::Family::Chromium) {
+        manifest.insert(QStringLiteral("allowed_origins"),
+                        QJsonArray{QStringLiteral("chrome-extension://%1/")
+                                       .arg(QString::fromLatin1(extensionChromiumId))});
+    } else {
+        manifest.insert(QStringLiteral("allowed_extensions"),
+                        QJsonArray{QString::fromLatin1(extensionGeckoId)});
+    }
+    return replaceFile(path(browser), QJsonDocument(manifest).toJson());
+}
+
+std::optional<FileProblem> NativeManifests::remove(const BrowserFolder& browser) const {
+    return removeFile(path(browser), browser);
+}
+
+std::optional<FileProblem> replaceFile(const QString& path, const QByteArray& content) {
+    const QFileInfo info(path);
+    if (auto problem = notAPlainFile(info)) {
+        return problem;
+    }
+    const QString folder = info.path();
+    if (!QDir().mkpath(folder)) {
+        return FileProblem{folder, QStringLiteral("the folder cannot be made")};
+    }
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() ||
+        !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup |
+                             QFile::ReadOther) ||
+        !file.commit()) {
+        return FileProblem{path, file.errorString()};
+    }
+    return std::nullopt;
+}
+
+std::optional<FileProblem> removeFile(const QString& path, const BrowserFolder& browser) {
+    const QFileInfo info(path);
+    if (auto problem = notAPlainFile(info)) {
+        return problem;
+    }
+    QFile file(path);
+    if (file.exists() && !file.remove()) {
+        return FileProblem{path, file.errorString()};
+    }
+    // Chromium's own folder was there before. Gecko's may have been made for the file.
+    const QString last = browser.family == BrowserFolder::Family::Gecko
+                             ? QFileInfo(browser.path).path()
+                             : browser.path;
+    QString folder = info.path();
+    while (folder != last && QDir().rmdir(folder)) {
+        folder = QFileInfo(folder).path();
+    }
+    return std::nullopt;
+}
+
+} // namespace orvanta
