@@ -9,23 +9,22 @@ import desktop
 import orvanta_end
 
 EXTENSION = pathlib.Path(__file__).resolve().parents[2] / "browser" / "extension"
-EXTENSION_ID = "odbokjgdmdbheojmnkbkjhabohflpkpk"
+CHROMIUM_ID = "odbokjgdmdbheojmnkbkjhabohflpkpk"
 GECKO_ID = "orvanta@brindlework.com"
-HOST = "com.brindlework.orvanta"
-
-
-def _write_native_manifest(folder, **allowed):
-    folder.mkdir(parents=True, exist_ok=True)
-    (folder / f"{HOST}.json").write_text(json.dumps({
-        "name": HOST, "description": "Orvanta", "type": "stdio",
-        "path": os.environ["ORVANTA_BROWSER_HOST"], **allowed}))
 
 
 class Browser:
-    def __init__(self, place, sites):
+    def __init__(self, place, sites, folder):
         self.place = place
         self.sites = sites
         self.process = None
+        folder.mkdir(parents=True, exist_ok=True)  # As if it had been used before.
+
+    def prepare(self, action):
+        """What Orvanta does: `action` is manifests, install or remove."""
+        self.place.run(os.environ["ORVANTA_BROWSER_INSTALLATION"], action,
+                       self.place.environment["HOME"], self.place.environment["XDG_CONFIG_HOME"],
+                       os.environ["ORVANTA_BROWSER_HOST"], os.environ["ORVANTA_PACKAGES"])
 
     def open(self, *arguments):
         """Starts the browser, or hands over to the one that runs."""
@@ -49,15 +48,19 @@ class Browser:
 
 class Chromium(Browser):
     def __init__(self, place, sites):
-        super().__init__(place, sites)
         self.data = place.folder / "config" / "chromium"
+        super().__init__(place, sites, self.data)
         self.command = [
             "chromium", "--no-sandbox", "--no-first-run", "--disable-gpu", "--password-store=basic",
             "--disable-background-networking", "--disable-component-update", "--disable-sync",
-            f"--load-extension={EXTENSION}",
             f"--host-resolver-rules=MAP *.test 127.0.0.1:{sites.port}"]
-        _write_native_manifest(self.data / "NativeMessagingHosts",
-                               allowed_origins=[f"chrome-extension://{EXTENSION_ID}/"])
+
+    def load_extension(self):
+        self.prepare("manifests")
+        self.command.append(f"--load-extension={EXTENSION}")
+
+    def is_installed(self):
+        return (self.data / "Default" / "Extensions" / CHROMIUM_ID).exists()
 
     @staticmethod
     def address(host):
@@ -90,17 +93,20 @@ _FIREFOX_PREFERENCES = {
 
 class Firefox(Browser):
     def __init__(self, place, sites):
-        super().__init__(place, sites)
+        super().__init__(place, sites, place.folder / "home" / ".mozilla")
         self.profile = place.folder / "profile"
-        extensions = self.profile / "extensions"
-        extensions.mkdir(parents=True)
-        shutil.copy(os.environ["ORVANTA_EXTENSION_XPI"], extensions / f"{GECKO_ID}.xpi")
+        self.profile.mkdir()
         (self.profile / "user.js").write_text("".join(
             f"user_pref({json.dumps(name)}, {json.dumps(value)});\n"
             for name, value in _FIREFOX_PREFERENCES.items()))
         self.command = ["firefox-esr", "--profile", str(self.profile)]
-        _write_native_manifest(place.folder / "home" / ".mozilla" / "native-messaging-hosts",
-                               allowed_extensions=[GECKO_ID])
+
+    def load_extension(self):
+        self.prepare("manifests")
+        extensions = self.profile / "extensions"
+        extensions.mkdir()
+        shutil.copy(pathlib.Path(os.environ["ORVANTA_PACKAGES"]) / "orvanta.xpi",
+                    extensions / f"{GECKO_ID}.xpi")
 
     def address(self, host):
         return f"http://{host}:{self.sites.port}/page.html?secret=1#secret"

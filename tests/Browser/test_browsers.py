@@ -29,11 +29,21 @@ class Scenarios:
 
     def start(self, *hosts):
         """The browser's first window, in front, and its connection."""
+        self.browser.load_extension()
         window = self.browser.new_window(
             lambda: self.browser.open(*(self.address(host) for host in hosts)))
         connection = self.orvanta.wait_for_connection([])
         self.expect(connection, f"http://{hosts[0]}", True)
         return window, connection
+
+    def quit(self, has_gone=lambda: True):
+        def close_window():
+            self.place.press("ctrl+shift+w")
+
+        close_window()
+        self.orvanta.wait_until(lambda: self.browser.process.poll() is not None and has_gone(),
+                                "the browser's end", remind=close_window)
+        self.browser.process = None
 
     def expect(self, connection, origin, focused, remind=None):
         """Told without a question, and the answer to one is the same."""
@@ -137,13 +147,7 @@ class Scenarios:
             self.expect(connection, f"http://{there}.test", True)
             self.assertEqual(connection.host_pid, hosts[-1])
 
-        def close_window():
-            self.place.press("ctrl+shift+w")
-
-        close_window()
-        self.orvanta.wait_until(lambda: not connection.is_open, "the end of the connection",
-                                remind=close_window)
-        self.browser.process.wait(orvanta_end.PATIENCE)
+        self.quit(lambda: not connection.is_open)
         for host in hosts:
             self.assertFalse(os.path.exists(f"/proc/{host}/exe"), "a host outlives its browser")
         self.assert_told_scheme_and_host_alone()
@@ -168,6 +172,25 @@ class Chromium(Scenarios, unittest.TestCase):
             self.orvanta.wait_until(lambda: not self.orvanta.answer(other)[1], "the other's loss")
         self.assertEqual(another.browser_pid, connection.browser_pid)
         self.assertNotEqual(another.host_pid, connection.host_pid)
+
+    def test_what_orvanta_installs_works_from_the_next_start_until_it_is_removed(self):
+        def hears_the_site():
+            return any(one.state == (ALPHA, True) for one in self.orvanta.open_connections())
+
+        self.open_until(lambda: True)
+        self.browser.prepare("install")
+        for _ in range(2):
+            self.open_until(hears_the_site)
+            self.assertTrue(self.browser.is_installed())
+        self.browser.prepare("remove")
+        self.open_until(lambda: not self.browser.is_installed())
+        self.assertEqual(len(self.orvanta.connections), 2)
+
+    def open_until(self, condition):
+        """Starts the browser and quits it when the condition holds."""
+        self.browser.new_window(lambda: self.browser.open(self.address("alpha.test")))
+        self.orvanta.wait_until(condition, "what is installed")
+        self.quit(lambda: not self.orvanta.open_connections())
 
 
 class Firefox(Scenarios, unittest.TestCase):
