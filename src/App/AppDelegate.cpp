@@ -95,6 +95,7 @@ bool AppDelegate::applicationDidFinishLaunching() {
     constexpr MainLoop::Duration later{5};
     historyTimer_ = platform.mainLoop.once(later, [this] {
         tracker_->completeHistory();
+        automation_->renewPreparations();
         ::malloc_trim(0); // What reading took and no one needs any more goes back to the system.
     });
 

@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <QDBusConnection>
+#include <QDir>
 #include <QStandardPaths>
 
 #include <chrono>
@@ -30,6 +31,15 @@ std::optional<QByteArray> xDisplay() {
         return std::nullopt;
     }
     return qgetenv("DISPLAY");
+}
+
+/// Of the browser extension: beside the program in a build tree, else where it is installed.
+QString packageFolder() {
+    const QDir programs(QCoreApplication::applicationDirPath());
+    const QString built = programs.filePath(QStringLiteral("browser"));
+    return QDir(built).exists()
+               ? built
+               : QDir::cleanPath(programs.filePath(QStringLiteral("../share/orvanta/browser")));
 }
 
 std::unique_ptr<WindowWatcher> makeWindowWatcher(MainLoop& mainLoop) {
@@ -93,6 +103,8 @@ std::unique_ptr<StatusItem> LinuxPlatform::makeStatusItem(StatusItem::Handlers h
 std::unique_ptr<LinuxAutomation>
 LinuxPlatform::makeAutomation(std::function<QStringList(const QString&)> load,
                               std::function<void(const QString&, const QStringList&)> store) {
+    const QString host =
+        QCoreApplication::applicationDirPath() + QStringLiteral("/orvanta-browser-host");
     // The variable itself: what stands in for it where it is not set, the host does not know.
     const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
     return std::make_unique<LinuxAutomation>(LinuxAutomation::Surroundings{
@@ -105,8 +117,7 @@ LinuxPlatform::makeAutomation(std::function<QStringList(const QString&)> load,
         .bridge = {.socket = runtime.isEmpty()
                                  ? QString()
                                  : runtime + QStringLiteral("/com.brindlework.orvanta/browsers"),
-                   .hostExecutable = QCoreApplication::applicationDirPath() +
-                                     QStringLiteral("/orvanta-browser-host")},
+                   .hostExecutable = host},
         .identity = ApplicationIdentity(entries_, QCoreApplication::applicationPid(),
                                         workspace_.ownBundleIdentifier()),
         .load = std::move(load),
@@ -116,10 +127,11 @@ LinuxPlatform::makeAutomation(std::function<QStringList(const QString&)> load,
                 const auto location = bundles_.locationOfApplication(identifier);
                 return location ? bundles_.displayName(*location) : identifier;
             },
-        .prepare = [](const QString&) { return PermissionPrompt::Preparation(); },
-        .withdraw =
-            [](const QString&) {
-            }});
+        .preparation = BrowserPreparation(
+            {.home = QDir::homePath(),
+             .configHome = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
+             .hostExecutable = host,
+             .packageFolder = packageFolder()})});
 }
 
 } // namespace orvanta

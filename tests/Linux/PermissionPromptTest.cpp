@@ -88,6 +88,7 @@ TEST_F(PermissionPromptTest, WhatIsLeftToDoIsSaid) {
         QStringList buttons;
     } rows[] = {
         {{Next::Restart, {}, {}}, u"Reinicie o <b>Chromium</b> & Cia para concluir."_s, {u"OK"_s}},
+        {{Next::Confirm, {}, {}}, u"pergunta no próprio menu"_s, {u"OK"_s}},
         {{Next::ByHand, u"/usr/share/orvanta/browser"_s, {}},
          u"\n/usr/share/orvanta/browser"_s,
          {u"Abrir a pasta"_s, u"OK"_s}},

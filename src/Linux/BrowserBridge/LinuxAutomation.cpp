@@ -28,20 +28,33 @@ void LinuxAutomation::ask(const QString& bundleIdentifier) {
         prompt->raise();
         return;
     }
-    prompt = new PermissionPrompt(
-        surroundings_.name(bundleIdentifier),
-        {[this, bundleIdentifier] {
-             auto preparation = surroundings_.prepare(bundleIdentifier);
-             if (preparation.next != PermissionPrompt::Preparation::Next::Failed) {
-                 permission_.agree(bundleIdentifier);
-             }
-             return preparation;
-         },
-         [this, bundleIdentifier] {
-             permission_.refuse(bundleIdentifier);
-             surroundings_.withdraw(bundleIdentifier);
-         }});
+    prompt = new PermissionPrompt(surroundings_.name(bundleIdentifier),
+                                  {[this, bundleIdentifier] { return agree(bundleIdentifier); },
+                                   [this, bundleIdentifier] {
+                                       permission_.refuse(bundleIdentifier);
+                                       surroundings_.preparation.withdraw(bundleIdentifier);
+                                   }});
     prompt->show();
+}
+
+PermissionPrompt::Preparation LinuxAutomation::agree(const QString& bundleIdentifier) {
+    if (permission_.isConnected(bundleIdentifier)) {
+        permission_.agree(bundleIdentifier);
+        return {};
+    }
+    auto preparation = surroundings_.preparation.prepare(bundleIdentifier);
+    if (preparation.next != PermissionPrompt::Preparation::Next::Failed) {
+        permission_.agree(bundleIdentifier);
+    }
+    return preparation;
+}
+
+void LinuxAutomation::renewPreparations() {
+    for (const char* key : {"agreed", "allowed"}) {
+        for (const QString& identifier : surroundings_.load(QString::fromLatin1(key))) {
+            surroundings_.preparation.renew(identifier);
+        }
+    }
 }
 
 } // namespace orvanta

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Linux/BrowserBridge/BrowserBridge.h"
+#include "Linux/BrowserBridge/BrowserPreparation.h"
 #include "Linux/BrowserBridge/BrowserTransport.h"
 #include "Linux/BrowserBridge/LinuxAutomationPermission.h"
 #include "Linux/BrowserBridge/PermissionPrompt.h"
@@ -27,9 +28,7 @@ public:
         std::function<void(const QString& key, const QStringList& identifiers)> store;
         /// As the person reads it.
         std::function<QString(const QString& bundleIdentifier)> name;
-        /// Puts into a browser what it needs to call, or takes it out again.
-        std::function<PermissionPrompt::Preparation(const QString& bundleIdentifier)> prepare;
-        std::function<void(const QString& bundleIdentifier)> withdraw;
+        BrowserPreparation preparation;
     };
 
     explicit LinuxAutomation(Surroundings surroundings);
@@ -44,7 +43,12 @@ public:
     /// Shows the question for a browser; one that is already shown stays.
     void ask(const QString& bundleIdentifier);
 
+    /// Sees to it that the browsers which may call find the host where it is now.
+    void renewPreparations();
+
 private:
+    PermissionPrompt::Preparation agree(const QString& bundleIdentifier);
+
     Surroundings surroundings_;
     BrowserBridge bridge_;
     LinuxRunningApplications running_;

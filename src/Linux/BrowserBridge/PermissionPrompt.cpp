@@ -68,6 +68,11 @@ void PermissionPrompt::agreed() {
             QStringLiteral("A extensão do orvanta começa a valer quando o navegador é aberto de "
                            "novo."));
         break;
+    case Preparation::Next::Confirm:
+        say(QStringLiteral("Reinicie o %1 para concluir.").arg(browser_),
+            QStringLiteral("Aberto de novo, o navegador pergunta no próprio menu se aceita a "
+                           "extensão do orvanta."));
+        break;
     case Preparation::Next::ByHand:
         say(QStringLiteral("Falta carregar a extensão no %1.").arg(browser_),
             QStringLiteral("Na página de extensões do navegador, ative o modo de desenvolvedor e "
@@ -82,8 +87,9 @@ void PermissionPrompt::agreed() {
         say(QStringLiteral("Não foi possível preparar o %1.").arg(browser_), preparation.problem);
         break;
     }
-    connect(buttons_->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole),
-            &QPushButton::clicked, this, &QWidget::close);
+    QPushButton* ok = buttons_->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
+    connect(ok, &QPushButton::clicked, this, &QWidget::close);
+    ok->setFocus();
 }
 
 void PermissionPrompt::say(const QString& text, const QString& detail) {

@@ -23,6 +23,7 @@ public:
         enum class Next {
             Nothing, ///< the browser connects by itself
             Restart, ///< the browser must be started anew
+            Confirm, ///< the browser, started anew, asks in its turn
             ByHand,  ///< the person must load the extension from `folder`
             Failed   ///< `problem` says why
         };
