@@ -89,8 +89,11 @@ TEST_F(PermissionPromptTest, WhatIsLeftToDoIsSaid) {
     } rows[] = {
         {{Next::Restart, {}, {}}, u"Reinicie o <b>Chromium</b> & Cia para concluir."_s, {u"OK"_s}},
         {{Next::Confirm, {}, {}}, u"pergunta no próprio menu"_s, {u"OK"_s}},
-        {{Next::ByHand, u"/usr/share/orvanta/browser"_s, {}},
-         u"\n/usr/share/orvanta/browser"_s,
+        {{Next::Unpacked, u"/usr/share/orvanta"_s, {}},
+         u"sem compactação esta pasta:\n/usr/share/orvanta"_s,
+         {u"Abrir a pasta"_s, u"OK"_s}},
+        {{Next::Temporary, u"/usr/share/orvanta"_s, {}},
+         u"manifest.json desta pasta. Vale até o navegador ser fechado.\n/usr/share/orvanta"_s,
          {u"Abrir a pasta"_s, u"OK"_s}},
         {{Next::Failed, {}, u"Sem espaço"_s}, u"Sem espaço"_s, {u"OK"_s}},
     };

@@ -73,15 +73,17 @@ void PermissionPrompt::agreed() {
             QStringLiteral("Aberto de novo, o navegador pergunta no próprio menu se aceita a "
                            "extensão do orvanta."));
         break;
-    case Preparation::Next::ByHand:
-        say(QStringLiteral("Falta carregar a extensão no %1.").arg(browser_),
-            QStringLiteral("Na página de extensões do navegador, ative o modo de desenvolvedor e "
-                           "carregue esta pasta:\n%1")
-                .arg(preparation.folder));
-        connect(buttons_->addButton(QStringLiteral("Abrir a pasta"), QDialogButtonBox::ActionRole),
-                &QPushButton::clicked, this, [folder = preparation.folder] {
-                    QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
-                });
+    case Preparation::Next::Unpacked:
+        sayByHand(
+            preparation.folder,
+            QStringLiteral("Abra chrome://extensions, ative o modo do desenvolvedor e carregue "
+                           "sem compactação esta pasta:\n%1"));
+        break;
+    case Preparation::Next::Temporary:
+        sayByHand(preparation.folder,
+                  QStringLiteral("Abra about:debugging, escolha “Este Firefox”, depois “Carregar "
+                                 "extensão temporária” e o arquivo manifest.json desta pasta. Vale "
+                                 "até o navegador ser fechado.\n%1"));
         break;
     case Preparation::Next::Failed:
         say(QStringLiteral("Não foi possível preparar o %1.").arg(browser_), preparation.problem);
@@ -90,6 +92,13 @@ void PermissionPrompt::agreed() {
     QPushButton* ok = buttons_->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
     connect(ok, &QPushButton::clicked, this, &QWidget::close);
     ok->setFocus();
+}
+
+void PermissionPrompt::sayByHand(const QString& folder, const QString& steps) {
+    say(QStringLiteral("Falta carregar a extensão no %1.").arg(browser_), steps.arg(folder));
+    connect(buttons_->addButton(QStringLiteral("Abrir a pasta"), QDialogButtonBox::ActionRole),
+            &QPushButton::clicked, this,
+            [folder] { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); });
 }
 
 void PermissionPrompt::say(const QString& text, const QString& detail) {

@@ -21,11 +21,12 @@ public:
     /// What agreeing led to.
     struct Preparation {
         enum class Next {
-            Nothing, ///< the browser connects by itself
-            Restart, ///< the browser must be started anew
-            Confirm, ///< the browser, started anew, asks in its turn
-            ByHand,  ///< the person must load the extension from `folder`
-            Failed   ///< `problem` says why
+            Nothing,   ///< the browser connects by itself
+            Restart,   ///< the browser must be started anew
+            Confirm,   ///< the browser, started anew, asks in its turn
+            Unpacked,  ///< the person must load `folder` by hand, as Chromium calls it unpacked
+            Temporary, ///< the same, as Firefox calls it temporary
+            Failed     ///< `problem` says why
         };
         Next next = Next::Nothing;
         QString folder;
@@ -43,6 +44,8 @@ public:
 private:
     void agreed();
     void say(const QString& text, const QString& detail);
+    /// `steps` has %1 where the folder is named.
+    void sayByHand(const QString& folder, const QString& steps);
 
     QString browser_;
     Actions actions_;
