@@ -45,9 +45,9 @@ std::optional<BrowserFolder> BrowserPreparation::folderOf(const QString& bundleI
 Preparation BrowserPreparation::prepare(const QString& bundleIdentifier) const {
     const auto folder = folderOf(bundleIdentifier);
     const bool isGecko = folder && folder->family == BrowserFolder::Family::Gecko;
-    const Preparation byHand{isGecko ? Preparation::Next::Temporary : Preparation::Next::Unpacked,
-                             places_.packageFolder + QStringLiteral("/extension"),
-                             {}};
+    Preparation byHand{isGecko ? Preparation::Next::Temporary : Preparation::Next::Unpacked,
+                       places_.packageFolder + QStringLiteral("/extension"),
+                       {}};
     if (!folder) {
         return byHand;
     }

@@ -1,0 +1,98 @@
+#!/usr/bin/python3
+"""What a browser pays for telling its sites: its CPU over a quiet stretch, without the extension and
+with it and Orvanta, and what passes through the host meanwhile. On a virtual desktop; both of
+Debian's browsers."""
+
+import argparse
+import os
+import pathlib
+import plistlib
+import sys
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+for folder in ("desktop", "tests/Browser", "tests/BrowserHost"):
+    sys.path.insert(0, str(ROOT / folder))
+
+import browsers  # noqa: E402
+import desktop  # noqa: E402
+import orvanta_end  # noqa: E402
+
+TICKS = os.sysconf("SC_CLK_TCK")
+SETTLING = 20  # A browser that has just started has a lot to do.
+
+
+def processes_of(root):
+    """A process and all that it started."""
+    found = [root]
+    for pid in found:
+        for children in pathlib.Path(f"/proc/{pid}/task").glob("*/children"):
+            found += map(int, children.read_text().split())
+    return found
+
+
+def cpu_seconds(root):
+    total = 0
+    for pid in processes_of(root):
+        fields = pathlib.Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()
+        total += int(fields[11]) + int(fields[12])
+    return total / TICKS
+
+
+def host_of(root):
+    for pid in processes_of(root):
+        if b"orvanta-browser-host" in pathlib.Path(f"/proc/{pid}/cmdline").read_bytes():
+            return pid
+    return None
+
+
+def writes_of(pid):
+    """How often it wrote: the host writes once for each message, towards either side."""
+    lines = pathlib.Path(f"/proc/{pid}/io").read_text().splitlines()
+    return int(next(line for line in lines if line.startswith("syscw")).split()[1])
+
+
+def measure(kind, identifier, seconds, build, with_extension):
+    with desktop.Desktop() as place:
+        sites = orvanta_end.Sites()
+        browser = kind(place, sites)
+        if with_extension:
+            browser.load_extension()
+            decisions = (pathlib.Path(place.environment["XDG_CONFIG_HOME"])
+                         / "com.brindlework.orvanta.automation.plist")
+            decisions.write_bytes(plistlib.dumps({"allowed": [identifier]},
+                                                 fmt=plistlib.FMT_BINARY))
+            desktop.Orvanta(place, build / "orvanta").start()
+        browser.new_window(lambda: browser.open(browser.address("alpha.test")))
+        if with_extension:
+            desktop.wait_until(lambda: host_of(browser.process.pid), "the host", 60)
+        time.sleep(SETTLING)
+        host = host_of(browser.process.pid)
+        before = cpu_seconds(browser.process.pid)
+        written = writes_of(host) if host else 0
+        time.sleep(seconds)
+        used = cpu_seconds(browser.process.pid) - before
+        messages = writes_of(host) - written if host else 0
+        sites.close()
+    return used, messages
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--seconds", type=int, default=60)
+    parser.add_argument("--build", type=pathlib.Path, default=ROOT / "build" / "dev",
+                        help="of the preset dev, which has the tests' programs")
+    arguments = parser.parse_args()
+    desktop.end_on_signals()
+    build = arguments.build.resolve()
+    os.environ["ORVANTA_BROWSER_HOST"] = str(build / "orvanta-browser-host")
+    os.environ["ORVANTA_PACKAGES"] = str(build / "browser")
+    os.environ["ORVANTA_BROWSER_INSTALLATION"] = str(build / "browser-installation")
+    for kind, identifier in ((browsers.Chromium, "chromium"), (browsers.Firefox, "firefox-esr")):
+        without, _ = measure(kind, identifier, arguments.seconds, build, False)
+        used, messages = measure(kind, identifier, arguments.seconds, build, True)
+        print(f"{identifier}: {arguments.seconds} s in front of one page: {without:.2f} s of CPU "
+              f"without the extension, {used:.2f} s with it; {messages} messages through the host")
+
+
+main()
