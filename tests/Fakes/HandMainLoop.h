@@ -3,10 +3,8 @@
 #include "Platform/MainLoop.h"
 
 #include <algorithm>
-#include <cassert>
 #include <chrono>
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -17,44 +15,35 @@ namespace orvanta {
 /// timers due at the same moment, in the order in which they were made.
 class HandMainLoop final : public MainLoop {
 public:
-    HandMainLoop() = default;
-
     std::unique_ptr<MainLoopTimer> every(Duration interval, Duration /*tolerance*/,
                                          Action action) override {
-        assert(interval > Duration::zero());
         return arm(interval, true, std::move(action));
     }
-
     std::unique_ptr<MainLoopTimer> once(Duration delay, Action action) override {
-        assert(delay >= Duration::zero());
         return arm(delay, false, std::move(action));
     }
 
     /// Lets time pass and fires what becomes due, also what the actions themselves arm within it.
     /// With zero, fires what is due now.
-    void advance(Duration by) {
-        const Nanoseconds end = now_ + nanoseconds(by);
+    void advance(double seconds) {
+        const Nanoseconds end = now_ + nanoseconds(Duration(seconds));
         while (const auto entry = nextDue(end)) {
             now_ = std::max(now_, entry->due);
-            if (entry->interval > Nanoseconds::zero()) {
-                entry->due += entry->interval;
-            } else {
-                entry->armed = false;
-            }
-            ++entry->running;
-            entry->action();
-            --entry->running;
+            entry->due += entry->interval;
+            entry->armed = entry->interval > Nanoseconds::zero();
+            const Action action = entry->action; // It may let go of its own timer.
+            action();
         }
         now_ = end;
     }
-    void advance(double seconds) { advance(Duration(seconds)); }
 
     /// Seconds that have passed since this loop was made.
     double now() const { return Duration(now_).count(); }
 
     /// Timers that will still fire.
     std::size_t armedCount() const {
-        return static_cast<std::size_t>(std::ranges::count_if(entries_, &Entry::isArmed));
+        return static_cast<std::size_t>(
+            std::ranges::count_if(entries_, [](const auto& entry) { return entry->armed; }));
     }
 
 private:
@@ -63,29 +52,22 @@ private:
 
     struct Entry {
         Action action;
-        Nanoseconds due{};
-        Nanoseconds interval{}; ///< zero: fires once
+        Nanoseconds due;
+        Nanoseconds interval; ///< zero: fires once
         bool armed = true;
-        int running = 0;
-
-        static bool isArmed(const std::shared_ptr<Entry>& entry) { return entry->armed; }
     };
 
-    class Timer final : public MainLoopTimer {
-    public:
-        explicit Timer(std::shared_ptr<Entry> entry)
-            : entry_(std::move(entry)) {}
+    struct Timer final : public MainLoopTimer {
+        explicit Timer(std::shared_ptr<Entry> made)
+            : entry(std::move(made)) {}
         ~Timer() override {
-            entry_->armed = false;
-            if (entry_->running == 0) {
-                entry_->action = nullptr;
-            }
+            entry->armed = false;
+            entry->action = nullptr;
         }
         Timer(const Timer&) = delete;
         Timer& operator=(const Timer&) = delete;
 
-    private:
-        std::shared_ptr<Entry> entry_;
+        std::shared_ptr<Entry> entry;
     };
 
     static Nanoseconds nanoseconds(Duration duration) {
@@ -94,12 +76,10 @@ private:
 
     std::unique_ptr<MainLoopTimer> arm(Duration delay, bool repeats, Action action) {
         std::erase_if(entries_, [](const auto& entry) { return !entry->armed; });
-        const auto entry = std::make_shared<Entry>();
-        entry->action = std::move(action);
-        entry->due = now_ + nanoseconds(delay);
-        entry->interval = repeats ? nanoseconds(delay) : Nanoseconds::zero();
-        entries_.push_back(entry);
-        return std::make_unique<Timer>(entry);
+        const Nanoseconds interval = nanoseconds(delay);
+        entries_.push_back(std::make_shared<Entry>(
+            Entry{std::move(action), now_ + interval, repeats ? interval : Nanoseconds::zero()}));
+        return std::make_unique<Timer>(entries_.back());
     }
 
     std::shared_ptr<Entry> nextDue(Nanoseconds end) const {

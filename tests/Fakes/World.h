@@ -8,6 +8,7 @@
 #include "Model/ActivityStore.h"
 #include "Model/Calendar.h"
 #include "Model/DayActivityList.h"
+#include "Model/Sqlite.h"
 #include "Model/UserDefaults.h"
 #include "Platform/NotificationCenter.h"
 #include "Platform/Platform.h"
@@ -55,6 +56,9 @@ public:
     std::unique_ptr<ModelContainer> container;
     std::unique_ptr<Tracker> tracker;
 
+    QString storePath() const {
+        return folder.filePath(QStringLiteral("com.brindlework.orvanta/Activities.store"));
+    }
     /// Begins a new process over what an earlier one left.
     void open() {
         container = ActivityStore::open(folder.path());
@@ -110,6 +114,16 @@ public:
     void nothingInFront() {
         workspace.front.reset();
         workspaceCenter.post(Notification::DidActivateApplication);
+    }
+
+    /// A record as some version may have left it.
+    Activity& add(const QString& key, const QString& categoryValue, double seconds = 0) {
+        Activity& activity = context().activities().append(key, key, Category::pending, seconds);
+        activity.setCategoryValue(categoryValue);
+        return activity;
+    }
+    void record(const char* day, const Activity& activity, double seconds) {
+        context().dayActivities().add(*Day::fromText(day), activity.keyId(), seconds);
     }
 
     Activity* find(const char* key) {
