@@ -1,14 +1,12 @@
 #pragma once
 
-#include "Fakes/QtPrinters.h"
+#include "Files.h"
 #include "Model/ActivityStore.h"
 #include "Model/Sqlite.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
-#include <gtest/gtest.h>
 #include <sqlite3.h>
 
 #include <functional>
@@ -21,8 +19,9 @@ class StoreFolder : public testing::Test {
 protected:
     static constexpr Day day{2024, 3, 5};
 
-    void SetUp() override {
-        ASSERT_TRUE(directory.isValid());
+    void SetUp() override { empty(); }
+    void empty() const {
+        ASSERT_TRUE(QDir(directory.path()).removeRecursively());
         ASSERT_TRUE(QDir().mkpath(folder));
     }
 
@@ -54,17 +53,6 @@ protected:
     QByteArray read(const char* sql) const { return read(path, sql); }
     void write(const char* sql) const { Database(path).execute(sql); }
 
-    static void putFile(const QString& name, const QByteArray& bytes) {
-        QFile file(name);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        ASSERT_EQ(file.write(bytes), bytes.size());
-    }
-    static QByteArray contentOf(const QString& name) {
-        QFile file(name);
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(name);
-        return file.readAll();
-    }
-
     /// Every file of the folder with something in it, and its bytes, but for what SQLite shares
     /// between processes.
     std::map<QString, QByteArray> files() const {
@@ -78,20 +66,23 @@ protected:
         return all;
     }
 
-    static ModelError errorOf(const std::function<void()>& what) {
+    static void expectError(const std::function<void()>& what, QLatin1StringView domain, int code,
+                            const QString& mention = {}) {
         try {
             what();
+            ADD_FAILURE() << "no error";
         } catch (const ModelError& error) {
+            EXPECT_EQ(error.domain(), domain) << error.what();
+            EXPECT_EQ(error.code(), code) << error.what();
             EXPECT_FALSE(error.localizedDescription().isEmpty());
-            return error;
+            EXPECT_TRUE(error.localizedDescription().contains(mention)) << error.what();
         }
-        ADD_FAILURE() << "no error";
-        return {ModelError::storageDomain, 0, QString()};
     }
 
     QTemporaryDir directory;
     const QString folder = directory.filePath(QStringLiteral("com.brindlework.orvanta"));
     const QString path = folder + QStringLiteral("/Activities.store");
+    const QString older = directory.filePath(QStringLiteral("com.local.Orvanta/Activities.store"));
 };
 
 } // namespace orvanta

@@ -4,8 +4,6 @@
 #include <QCryptographicHash>
 #include <QUuid>
 
-#include <sys/stat.h>
-
 namespace orvanta {
 
 namespace {
@@ -19,9 +17,7 @@ protected:
         const char* everything = "SELECT * FROM ZACTIVITY UNION ALL SELECT *, 0, 0 FROM "
                                  "ZDAYACTIVITY UNION ALL SELECT *, 0, 0, 0, 0, 0 FROM Z_PRIMARYKEY";
         const QByteArray before = read(everything);
-        const ModelError error = errorOf([&] { context.save(); });
-        EXPECT_EQ(error.domain(), "Orvanta.Storage"_L1);
-        EXPECT_EQ(error.code(), code) << error.what();
+        expectError([&] { context.save(); }, "Orvanta.Storage"_L1, code);
         EXPECT_TRUE(context.hasChanges());
         EXPECT_EQ(read(everything), before);
     }
@@ -44,30 +40,22 @@ TEST_F(StoreTest, ANewOneHasTheLayoutThatOtherProgramsKnow) {
               "CREATE UNIQUE INDEX Z_DayActivity_UNIQUE_id ON ZDAYACTIVITY (ZID COLLATE BINARY "
               "ASC)");
     EXPECT_EQ(read("SELECT * FROM Z_PRIMARYKEY"), "1|Activity|0|0\n2|DayActivity|0|0");
-    EXPECT_EQ(read("PRAGMA page_size"), "512");
-    EXPECT_EQ(read("PRAGMA auto_vacuum"), "2");
-    EXPECT_EQ(read("PRAGMA journal_mode"), "wal");
+    EXPECT_EQ(read("PRAGMA page_size") + read("PRAGMA auto_vacuum") + read("PRAGMA journal_mode"),
+              "5122wal");
 
     Database other(path);
     Statement row(other, "SELECT * FROM Z_METADATA");
     ASSERT_TRUE(row.step());
     EXPECT_EQ(row.integer(0), 1);
-    const QString uuid = row.text(1);
-    EXPECT_EQ(uuid, QUuid(uuid).toString(QUuid::WithoutBraces).toUpper());
-    EXPECT_FALSE(QUuid(uuid).isNull());
-    const QByteArray bytes = row.blob(2).toByteArray();
+    const QUuid uuid(row.text(1));
+    EXPECT_FALSE(uuid.isNull());
+    EXPECT_EQ(row.text(1), uuid.toString(QUuid::WithoutBraces).toUpper());
+    const auto list = PropertyList::parse(row.blob(2).toByteArray());
     EXPECT_FALSE(row.step());
-
-    EXPECT_TRUE(bytes.startsWith("bplist00"));
-    const auto list = PropertyList::parse(bytes);
-    ASSERT_TRUE(list);
-    const auto hashes = list->dictionary(u"NSStoreModelVersionHashes"_s);
-    ASSERT_TRUE(hashes);
-    QStringList names = hashes->keys();
-    names.sort();
-    ASSERT_EQ(names, (QStringList{u"Activity"_s, u"DayActivity"_s}));
-    const QByteArray activity = hashes->data(names[0]).value_or("");
-    const QByteArray dayActivity = hashes->data(names[1]).value_or("");
+    const auto hashes = list.value().dictionary(u"NSStoreModelVersionHashes"_s);
+    EXPECT_EQ(hashes.value().keys().size(), 2);
+    const QByteArray activity = hashes->data(u"Activity"_s).value();
+    const QByteArray dayActivity = hashes->data(u"DayActivity"_s).value();
     EXPECT_EQ(activity.size(), 32);
     EXPECT_EQ(dayActivity.size(), 32);
     EXPECT_NE(activity, dayActivity);
@@ -88,66 +76,61 @@ TEST_F(StoreTest, ANewOneHasTheLayoutThatOtherProgramsKnow) {
 }
 
 TEST_F(StoreTest, OnlyItsOwnerCanReadIt) {
-    const auto modes = [this] {
-        std::map<QString, unsigned> all;
-        for (const QString& name : QDir(folder).entryList(QDir::Files)) {
-            struct stat status {};
-            stat(QFile::encodeName(folder + u'/' + name).constData(), &status);
-            all[name] = status.st_mode & 07777;
-        }
-        return all;
-    };
-    const std::map<QString, unsigned> expected{{u"Activities.store"_s, 0600},
-                                               {u"Activities.store-shm"_s, 0600},
-                                               {u"Activities.store-wal"_s, 0600}};
     const mode_t mask = umask(0);
-    {
-        const auto created = open();
-        EXPECT_EQ(modes(), expected);
-        // One that was brought here, with its side files, for everybody to read.
-        for (const auto& [name, mode] : expected) {
+    const auto created = open();
+    const QStringList names = QDir(folder).entryList(QDir::Files);
+    EXPECT_EQ(names.size(), 3);
+    for (const bool isBrought : {false, true}) {
+        for (const QString& name : names) {
+            EXPECT_EQ(modeOf(folder + u'/' + name), 0600U) << qPrintable(name) << isBrought;
             chmod(QFile::encodeName(folder + u'/' + name).constData(), 0644);
         }
-        const auto brought = open();
-        EXPECT_EQ(modes(), expected);
+        open(); // The second time with its side files, and for everybody to read.
     }
     umask(mask);
 }
 
 TEST_F(StoreTest, KeepsEveryFieldAsItWas) {
-    const QString names[] = {u"Finder"_s, u""_s, u"Ação 日本 🦊 'x' \"y\" | %1"_s};
-    const std::optional<Date> dates[] = {std::nullopt, Date{7e8}, Date{-0.1},
-                                         Date{731548800.123456}};
-    const std::optional<QString> previous[] = {std::nullopt, u"pending"_s, u"Nonsense"_s, u""_s};
-    const double seconds[] = {0, 0.1, 86400, 1e-300};
+    const struct {
+        QString name;
+        QString category;
+        std::optional<QString> previous;
+        std::optional<Date> used;
+        double seconds;
+    } rows[] = {{u"Finder"_s, u"production"_s, std::nullopt, std::nullopt, 0},
+                {u""_s, u"Production"_s, u"pending"_s, Date{7e8}, 0.1},
+                {u"Ação 日本 🦊 'x' \"y\" | %1"_s, u"ignored"_s, u"?"_s, Date{-0.1}, 86400},
+                {u"A"_s, u""_s, u""_s, Date{731548800.123456}, 1e-300}};
+    const auto key = [](std::size_t row) {
+        return u"site:ключ%1"_s.arg(row);
+    };
     {
         const auto container = open();
-        for (std::size_t i = 0; i < 12; ++i) {
-            auto& activity = container->mainContext().activities().append(
-                u"site:ключ%1"_s.arg(i), names[i % 3], allCases[i % 5], seconds[i % 4]);
-            activity.setLastUsedAt(dates[i % 4]);
-            activity.setPreviousCategoryValue(previous[i / 3]);
-            container->mainContext().dayActivities().setSeconds(day, activity.keyId(),
-                                                                seconds[i % 4]);
+        ModelContext& context = container->mainContext();
+        for (const auto& [name, category, previous, used, seconds] : rows) {
+            Activity& activity = context.activities().append(key(context.activities().size()), name,
+                                                             Category::pending, seconds);
+            activity.setCategoryValue(category);
+            activity.setLastUsedAt(used);
+            activity.setPreviousCategoryValue(previous);
+            context.dayActivities().setSeconds(day, activity.keyId(), seconds);
         }
-        container->mainContext().activities()[0].setCategoryValue(u"Production"_s);
-        container->mainContext().save();
+        context.save();
     }
     const auto container = open();
     ModelContext& context = container->mainContext();
-    ASSERT_EQ(context.activities().size(), 12U);
-    ASSERT_EQ(context.dayActivities().size(), 12U);
-    for (std::size_t i = 0; i < 12; ++i) {
+    ASSERT_EQ(context.activities().size(), std::size(rows));
+    ASSERT_EQ(context.dayActivities().size(), std::size(rows));
+    for (std::size_t i = 0; i < std::size(rows); ++i) {
         const Activity& activity = context.activities()[i];
-        EXPECT_EQ(activity.key(), u"site:ключ%1"_s.arg(i));
-        EXPECT_EQ(activity.name(), names[i % 3]);
-        EXPECT_EQ(activity.seconds(), seconds[i % 4]);
-        EXPECT_EQ(activity.lastUsedAt(), dates[i % 4]);
-        EXPECT_EQ(activity.previousCategoryValue(), previous[i / 3]);
-        EXPECT_EQ(activity.category(), i == 0 ? Category::pending : allCases[i % 5]);
-        EXPECT_EQ(context.dayActivities().seconds(day, activity.keyId()), seconds[i % 4]);
+        EXPECT_EQ(activity.key(), key(i));
+        EXPECT_EQ(activity.name(), rows[i].name);
+        EXPECT_EQ(activity.categoryValue(), rows[i].category);
+        EXPECT_EQ(activity.previousCategoryValue(), rows[i].previous);
+        EXPECT_EQ(activity.lastUsedAt(), rows[i].used);
+        EXPECT_EQ(activity.seconds(), rows[i].seconds);
+        EXPECT_EQ(context.dayActivities().seconds(day, activity.keyId()), rows[i].seconds);
     }
-    EXPECT_EQ(context.activities()[0].categoryValue(), u"Production"_s);
     EXPECT_FALSE(context.hasChanges());
     EXPECT_EQ(read("SELECT typeof(ZLASTUSEDAT), ZLASTUSEDAT FROM ZACTIVITY WHERE Z_PK IN (1, 2)"),
               "null|NULL\ninteger|700000000");
@@ -200,22 +183,18 @@ TEST_F(StoreTest, ASaveThatFailsInTheMiddleWritesNothingAndIsMadeUpForLater) {
     ModelContext& context = container->mainContext();
     Activity& old = context.activities().append(u"app:old"_s, u"Old"_s, Category::pending, 1);
     context.save();
-    const struct {
-        const char* obstacle;
-        const char* removal;
-    } rows[] = {{"INSERT INTO ZACTIVITY (Z_PK, ZKEY) VALUES (90, 'app:new0')",
-                 "DELETE FROM ZACTIVITY WHERE Z_PK = 90"},
-                {"INSERT INTO ZDAYACTIVITY (Z_PK, ZID) VALUES (90, '2024-03-05|app:new1')",
-                 "DELETE FROM ZDAYACTIVITY WHERE Z_PK = 90"}};
+    const char* obstacles[] = {
+        "INSERT INTO ZACTIVITY (Z_PK, ZKEY) VALUES (90, 'app:new0')",
+        "INSERT INTO ZDAYACTIVITY (Z_PK, ZID) VALUES (90, '2024-03-05|app:new1')"};
     for (int i = 0; i < 2; ++i) {
         old.setSeconds(10 + i);
         const Activity& added =
             context.activities().append(u"app:new%1"_s.arg(i), u"New"_s, Category::pending, i);
         context.dayActivities().setSeconds(day, added.keyId(), i);
-        write(rows[i].obstacle);
+        write(obstacles[i]);
         expectSaveFails(context, SQLITE_CONSTRAINT);
         expectSaveFails(context, SQLITE_CONSTRAINT);
-        write(rows[i].removal);
+        write("DELETE FROM ZACTIVITY WHERE Z_PK = 90; DELETE FROM ZDAYACTIVITY WHERE Z_PK = 90");
         context.save();
         EXPECT_FALSE(context.hasChanges());
     }
