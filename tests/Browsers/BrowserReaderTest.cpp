@@ -96,40 +96,31 @@ protected:
 };
 
 TEST_F(BrowserReaderTest, TheRequestIsForTheAddressOfTheFrontTabOfTheFirstWindow) {
-    const struct {
-        BrowserDialect dialect;
-        FourCharCode tab;
-        FourCharCode address;
-    } rows[] = {{BrowserDialect::safari, 0x63546162, 0x7055524C},
-                {BrowserDialect::chromium, 0x61635461, 0x55524C20}};
-    constexpr FourCharCode want = 0x77616E74;
-    constexpr FourCharCode form = 0x666F726D;
-    constexpr FourCharCode seld = 0x73656C64;
-    constexpr FourCharCode from = 0x66726F6D;
-    constexpr FourCharCode prop = 0x70726F70;
-    for (const auto& [dialect, tab, address] : rows) {
+    EXPECT_EQ(fourCharCode("want"), 0x77616E74U);
+    constexpr FourCharCode property = fourCharCode("prop");
+    for (const auto& [dialect, tab, address] :
+         {std::tuple(BrowserDialect::safari, fourCharCode("cTab"), fourCharCode("pURL")),
+          {BrowserDialect::chromium, fourCharCode("acTa"), fourCharCode("URL ")}}) {
         const AppleEvent event = BrowserReader::request(dialect, 4711);
-        EXPECT_EQ(event.eventClass, 0x636F7265U);
-        EXPECT_EQ(event.eventID, 0x67657464U);
+        EXPECT_EQ(event.eventClass, fourCharCode("core"));
+        EXPECT_EQ(event.eventID, fourCharCode("getd"));
         EXPECT_EQ(event.target, EventDescriptor::processIdentifier(4711));
         EXPECT_EQ(event.returnID, -1);
         EXPECT_EQ(event.transactionID, 0);
         ASSERT_EQ(event.parameters.size(), 1U);
-        const EventDescriptor* object = event.parameter(0x2D2D2D2D);
-        for (const FourCharCode property : {address, tab}) {
+        const EventDescriptor* object = event.parameter(fourCharCode("----"));
+        for (const auto& [want, form, selected] :
+             {std::tuple(property, property, EventDescriptor::typeCode(address)),
+              {property, property, EventDescriptor::typeCode(tab)},
+              {fourCharCode("cwin"), fourCharCode("indx"), EventDescriptor::int32(1)}}) {
             ASSERT_TRUE(object);
-            EXPECT_EQ(object->type(), 0x6F626A20U);
-            EXPECT_EQ(*object->descriptor(want), EventDescriptor::typeCode(prop));
-            EXPECT_EQ(*object->descriptor(form), EventDescriptor::enumCode(prop));
-            EXPECT_EQ(*object->descriptor(seld), EventDescriptor::typeCode(property));
-            object = object->descriptor(from);
+            EXPECT_EQ(object->type(), fourCharCode("obj "));
+            EXPECT_EQ(*object->descriptor(fourCharCode("want")), EventDescriptor::typeCode(want));
+            EXPECT_EQ(*object->descriptor(fourCharCode("form")), EventDescriptor::enumCode(form));
+            EXPECT_EQ(*object->descriptor(fourCharCode("seld")), selected);
+            object = object->descriptor(fourCharCode("from"));
         }
-        ASSERT_TRUE(object);
-        EXPECT_EQ(object->type(), 0x6F626A20U);
-        EXPECT_EQ(*object->descriptor(want), EventDescriptor::typeCode(0x6377696E));
-        EXPECT_EQ(*object->descriptor(form), EventDescriptor::enumCode(0x696E6478));
-        EXPECT_EQ(*object->descriptor(seld), EventDescriptor::int32(1));
-        EXPECT_EQ(*object->descriptor(from), EventDescriptor::null());
+        EXPECT_EQ(*object, EventDescriptor::null());
     }
 }
 

@@ -72,74 +72,43 @@ TEST(DayTest, IsReadFromExactlyItsDayString) {
     }
 }
 
-TEST(DayTest, IsTheCalendarDayInTheZoneNotInUtc) {
-    const struct {
-        const char* zone;
-        Date date;
-        const char* day;
-    } rows[] = {{"America/Sao_Paulo", utc("2024-03-05T02:59:59", 0.999), "2024-03-04"},
-                {"America/Sao_Paulo", utc("2024-03-05T03:00:00"), "2024-03-05"},
-                {"Asia/Kathmandu", utc("2024-03-04T18:14:59", 0.999), "2024-03-04"},
-                {"Asia/Kathmandu", utc("2024-03-04T18:15:00"), "2024-03-05"},
-                {"UTC", utc("0999-06-15T12:00:00"), "0999-06-15"},
-                {"UTC", utc("1969-12-31T23:59:59", 0.5), "1969-12-31"}};
-    for (const auto& [zone, date, day] : rows) {
-        EXPECT_EQ(DayActivity::day(date, calendarIn(zone)), QLatin1StringView(day)) << zone;
-    }
-    EXPECT_EQ(DayActivity(Day{2024, 3, 5}, u"app:com.apple.Notes"_s, 1).id(),
-              u"2024-03-05|app:com.apple.Notes"_s);
-}
-
 TEST(CalendarTest, EveryDayBeginsWhereTheZoneLetsIt) {
     const struct {
         const char* zone;
         const char* start;
         double hours;
-    } rows[] = {{"America/Sao_Paulo", "2018-11-04T03:00:00", 23}, // Midnight does not exist.
-                {"America/Sao_Paulo", "2018-02-17T02:00:00", 25}, // 23:00 comes twice.
-                {"Europe/Berlin", "2024-03-30T23:00:00", 23},
-                {"Europe/Berlin", "2024-10-26T22:00:00", 25},
-                {"Europe/Berlin", "2060-03-27T23:00:00", 23},   // By the rule, not the table.
-                {"Atlantic/Azores", "2018-10-28T00:00:00", 25}, // Midnight comes twice.
-                {"Africa/Cairo", "2024-04-25T22:00:00", 23},    // Midnight does not exist.
-                {"Asia/Kathmandu", "2024-03-04T18:15:00", 24},
-                {"UTC", "0999-06-15T00:00:00", 24}};
-    for (const auto& [zone, text, hours] : rows) {
+        Day day;
+    } rows[] = {
+        {"America/Sao_Paulo", "2018-11-04T03:00:00", 23, {2018, 11, 4}}, // No midnight.
+        {"America/Sao_Paulo", "2018-02-17T02:00:00", 25, {2018, 2, 17}}, // 23:00 comes twice.
+        {"Europe/Berlin", "2024-03-30T23:00:00", 23, {2024, 3, 31}},
+        {"Europe/Berlin", "2024-10-26T22:00:00", 25, {2024, 10, 27}},
+        {"Europe/Berlin", "2060-03-27T23:00:00", 23, {2060, 3, 28}},    // By the rule.
+        {"Atlantic/Azores", "2018-10-28T00:00:00", 25, {2018, 10, 28}}, // Midnight comes twice.
+        {"Africa/Cairo", "2024-04-25T22:00:00", 23, {2024, 4, 26}},     // No midnight.
+        {"Asia/Kathmandu", "2024-03-04T18:15:00", 24, {2024, 3, 5}},
+        {"UTC", "1969-12-31T00:00:00", 24, {1969, 12, 31}},
+        {"UTC", "0999-06-15T00:00:00", 24, {999, 6, 15}}};
+    for (const auto& [zone, text, hours, day] : rows) {
+        SCOPED_TRACE(testing::Message() << zone << " " << text);
         const Date start = utc(text);
         const Date next = start + hours * 3600;
         // Each by a calendar that has no bounds yet, and all by one that has some.
         const Calendar calendar = calendarIn(zone);
         for (const Date date :
              {start, start + 0.25, start + 1800, start + 5400, next - 5400, next - 0.25}) {
-            EXPECT_EQ(calendarIn(zone).startOfDay(date) - start, 0) << zone << " " << text;
-            EXPECT_EQ(calendar.startOfDay(date) - start, 0) << zone << " " << text;
-            EXPECT_TRUE(calendar.isSameDay(date, start)) << zone << " " << text;
+            EXPECT_EQ(calendarIn(zone).startOfDay(date) - start, 0);
+            EXPECT_EQ(calendar.startOfDay(date) - start, 0);
+            EXPECT_TRUE(calendar.isSameDay(date, start));
+            EXPECT_EQ(calendarIn(zone).day(date), day);
         }
-        EXPECT_EQ(calendar.startOfDay(next), next) << zone << " " << text;
-        EXPECT_FALSE(calendar.isSameDay(start - 0.25, start)) << zone << " " << text;
-        EXPECT_EQ(calendar.addingDays(next, -1), start) << zone << " " << text;
+        EXPECT_EQ(calendar.startOfDay(next), next);
+        EXPECT_FALSE(calendar.isSameDay(start - 0.25, start));
+        EXPECT_EQ(calendar.addingDays(next, -1), start);
     }
-}
-
-TEST(CalendarTest, AddingDaysKeepsTheLocalTime) {
-    const struct {
-        const char* zone;
-        Date date;
-        int days;
-        Date result;
-    } rows[] = {
-        {"Europe/Berlin", utc("2024-03-30T11:00:00", 0.5), 1, utc("2024-03-31T10:00:00", 0.5)},
-        {"Europe/Berlin", utc("2024-03-30T01:30:00"), 1, utc("2024-03-31T01:00:00")},  // Skipped.
-        {"Europe/Berlin", utc("2024-10-28T01:30:00"), -1, utc("2024-10-27T00:30:00")}, // Twice.
-        {"America/Sao_Paulo", utc("2018-11-03T03:00:00"), 1, utc("2018-11-04T03:00:00")},
-        {"Asia/Kathmandu", utc("2024-03-04T18:15:00"), -4, utc("2024-02-29T18:15:00")},
-        {"UTC", utc("1970-01-01T00:00:00", 0.25), -1, utc("1969-12-31T00:00:00", 0.25)},
-    };
-    for (const auto& [zone, date, days, result] : rows) {
-        const auto moved = calendarIn(zone).addingDays(date, days);
-        ASSERT_TRUE(moved) << zone;
-        EXPECT_EQ(*moved - result, 0) << zone << " " << days;
-    }
+    EXPECT_EQ(*calendarIn("Europe/Berlin").addingDays(utc("2024-03-30T11:00:00", 0.5), 1) -
+                  utc("2024-03-31T10:00:00", 0.5),
+              0); // The local time stays.
     // A day that Samoa never had.
     EXPECT_FALSE(calendarIn("Pacific/Apia").addingDays(utc("2011-12-30T10:00:00"), -1));
 }
@@ -187,9 +156,7 @@ TEST(ActivityListTest, TellsEveryChangeAndKeepsWhatIsPending) {
     const auto pending = list.pending();
     ASSERT_EQ(pending.size(), 2U); // Each once, in the order of their first change.
     EXPECT_EQ(&pending[0].activity, &added);
-    EXPECT_EQ(pending[0].primaryKey, 0);
     EXPECT_EQ(&pending[1].activity, &stored);
-    EXPECT_EQ(pending[1].primaryKey, 7);
     list.settle();
     EXPECT_FALSE(list.hasChanges());
     stored.setSeconds(4);
@@ -209,8 +176,7 @@ TEST(ActivityListTest, RecordsAndTheirKeysStayWhereTheyAre) {
     EXPECT_EQ(key, u"app:A"_s);
     EXPECT_EQ(list.find(u"app:A"_s), &first);
     EXPECT_EQ(list.find(u"app:4999"_s)->seconds(), 4999);
-    EXPECT_EQ(list.find(u"app:a"_s), nullptr);
-    EXPECT_EQ(list.find(u"site:not.an.activity"_s), nullptr);
+    EXPECT_FALSE(list.find(u"app:a"_s) || list.find(u"site:not.an.activity"_s));
 }
 
 /// Days between which others fit, and a list beside the plainest thing that does the same.

@@ -152,41 +152,34 @@ TEST(PropertyListTest, RefusesWhatIsNoSoundDictionary) {
 }
 
 TEST_F(UserDefaultsTest, ReadsEachTypeAsThePlatformDoes) {
-    const struct {
-        const char* value;
-        bool asBool = false;
-        std::optional<Date> asDate = {};
-        std::optional<QStringList> asArray = {};
-    } rows[] = {
-        {"<true/>", true},
-        {"<false/>"},
-        {"<integer>0</integer>"},
-        {"<integer>-2</integer>", true},
-        {"<real>0.0</real>"},
-        {"<real>0.5</real>", true},
-        {"<string>YES</string>", true},
-        {"<string>true</string>", true},
-        {"<string> -007</string>", true},
-        {"<string>NO</string>"},
-        {"<string>on</string>"},
-        {"<string>00</string>"},
-        {"<string></string>"},
-        {"<data>AQ==</data>"},
-        {"<date>2001-01-01T00:00:00Z</date>", false, Date{0}},
-        {"<dict><key>a</key><true/></dict>"},
-        {"<array/>", false, {}, QStringList()},
-        {"<array><string>b</string><string>é</string></array>", false, {}, {{u"b"_s, u"é"_s}}},
-        {"<array><string>b</string><integer>1</integer></array>"},
+    const auto with = [this](const QByteArray& value) {
+        putFile(file, xmlDictionary("<key>key</key>" + value));
+        return open();
     };
-    for (const auto& [value, asBool, asDate, asArray] : rows) {
-        putFile(file, xmlDictionary("<key>key</key>"_qba + value));
-        const UserDefaults defaults = open();
-        EXPECT_TRUE(defaults.contains(key)) << value;
-        EXPECT_EQ(defaults.boolValue(key), asBool) << value;
-        EXPECT_EQ(defaults.date(key), asDate) << value;
-        EXPECT_EQ(defaults.stringArray(key), asArray) << value;
+    const QByteArray date = "<date>2001-01-01T00:00:00Z</date>";
+    const QByteArray texts = "<array><string>b</string><string>é</string></array>";
+    const QByteArray nothing = "<array/>";
+    for (const QByteArray& value :
+         {"<false/>"_qba, "<integer>0</integer>"_qba, "<real>0.0</real>"_qba,
+          "<string>NO</string>"_qba, "<string>on</string>"_qba, "<string>00</string>"_qba,
+          "<string></string>"_qba, "<data>AQ==</data>"_qba, "<dict><key>a</key><true/></dict>"_qba,
+          "<array><string>b</string><integer>1</integer></array>"_qba, date, texts, nothing}) {
+        const UserDefaults defaults = with(value);
+        EXPECT_TRUE(defaults.contains(key)) << value.constData();
+        EXPECT_FALSE(defaults.boolValue(key)) << value.constData();
+        EXPECT_EQ(defaults.date(key).has_value(), value == date) << value.constData();
+        EXPECT_EQ(defaults.stringArray(key).has_value(), value == texts || value == nothing);
         EXPECT_FALSE(defaults.contains(u"other"_s) || defaults.boolValue(u"other"_s));
     }
+    for (const char* value :
+         {"<true/>", "<integer>-2</integer>", "<real>0.5</real>", "<string>YES</string>",
+          "<string>true</string>", "<string> -007</string>"}) {
+        EXPECT_TRUE(with(value).boolValue(key)) << value;
+        EXPECT_FALSE(with(value).date(key) || with(value).stringArray(key)) << value;
+    }
+    EXPECT_EQ(with(date).date(key), Date{0});
+    EXPECT_EQ(with(texts).stringArray(key), (QStringList{u"b"_s, u"é"_s}));
+    EXPECT_EQ(with(nothing).stringArray(key), QStringList());
 }
 
 TEST_F(UserDefaultsTest, WritesThroughAtOnceForThePersonAlone) {

@@ -70,6 +70,9 @@ TEST_F(TrackerClassificationTest, WhatIsInFrontIsBookedThenStopsAndStartsBeingTi
     tracker.classify(a, Category::ignored);
     EXPECT_FALSE(tracker.activeKey());
     world.pass(10);
+    world.front("b");
+    world.front("a"); // Ignored before it came.
+    world.pass(10);
     EXPECT_EQ(a.seconds(), 2.5);
     tracker.resumeMonitoring(a);
     EXPECT_EQ(tracker.activeKey(), u"app:a"_s);

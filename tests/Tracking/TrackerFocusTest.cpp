@@ -42,40 +42,6 @@ TEST_F(TrackerFocusTest, BooksEachApplicationTheTimeItWasInFront) {
     EXPECT_EQ(a.seconds() + world.seconds("app:b"), 13.25);
 }
 
-TEST_F(TrackerFocusTest, TimesNeitherTheDesktopItselfNorWhatIsIgnored) {
-    world.workspace.components = {u"panel"_s};
-    world.front("a");
-    world.pass(2);
-    world.front("panel");
-    world.pass(5);
-    EXPECT_EQ(world.find("app:panel"), nullptr);
-    world.front("b");
-    world.pass(3);
-    world.activity("app:b").setCategory(Category::ignored);
-    world.pass(4);
-    // The second until the next look still counts for it, but under no focus.
-    EXPECT_FALSE(tracker.activeKey());
-    world.front("a");
-    world.pass(1);
-    world.front("b");
-    world.pass(9);
-    EXPECT_EQ(world.seconds("app:a"), 3);
-    EXPECT_EQ(world.seconds("app:b"), 4);
-}
-
-TEST_F(TrackerFocusTest, OrvantaItselfCountsForWhatIsBehindItsPanelOnly) {
-    world.front("a");
-    tracker.setInspecting(true);
-    world.front("com.brindlework.orvanta");
-    world.pass(10);
-    EXPECT_EQ(world.seconds("app:a"), 10);
-    EXPECT_EQ(tracker.activeKey(), u"app:a"_s);
-    tracker.setInspecting(false);
-    world.pass(10);
-    EXPECT_EQ(world.seconds("app:a"), 10);
-    EXPECT_EQ(world.find("app:com.brindlework.orvanta"), nullptr);
-}
-
 TEST_F(TrackerFocusTest, CountsOnlyWhileNoReasonForAbsenceHolds) {
     const struct Reason {
         NotificationCenter& center;
@@ -107,24 +73,6 @@ TEST_F(TrackerFocusTest, CountsOnlyWhileNoReasonForAbsenceHolds) {
             EXPECT_DOUBLE_EQ(world.seconds("app:a"), expected);
         }
     }
-}
-
-TEST_F(TrackerFocusTest, PausingBooksTheLastStretchAndIsRemembered) {
-    world.front("a");
-    world.pass(2.5);
-    tracker.togglePause();
-    EXPECT_TRUE(tracker.paused());
-    EXPECT_EQ(world.seconds("app:a"), 2.5);
-    EXPECT_FALSE(world.context().hasChanges());
-    EXPECT_FALSE(ticking());
-    world.pass(60);
-    world.restart();
-    world.pass(60);
-    EXPECT_EQ(world.seconds("app:a"), 2.5);
-    world.tracker->togglePause();
-    world.pass(1);
-    EXPECT_EQ(world.seconds("app:a"), 3.5);
-    EXPECT_FALSE(world.defaults->boolValue(u"paused"_s));
 }
 
 TEST_F(TrackerFocusTest, StartsOnceStopsWhollyAndMayStartAgain) {

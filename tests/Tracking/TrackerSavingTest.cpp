@@ -43,7 +43,8 @@ TEST_F(TrackerSavingTest, AFailedSaveIsToldAndMadeUpForByTheNext) {
     EXPECT_EQ(error(), problem);
     world.pass(3);
     EXPECT_EQ(error(), problem);
-    EXPECT_EQ(world.seconds("app:a"), 8); // Counting goes on.
+    EXPECT_EQ(world.seconds("app:a"), 8); // Counting goes on, and reading.
+    EXPECT_NO_THROW(ActivityStore::open(world.folder.path()));
     other.execute("ROLLBACK");
     world.pass(2);
     EXPECT_FALSE(error());

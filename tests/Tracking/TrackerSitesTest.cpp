@@ -57,6 +57,8 @@ TEST_F(TrackerSitesTest, BooksTheSiteFromTheFirstAnswerOn) {
     world.browsers.answer(u"b.org"_s);
     world.pass(2.25);
     EXPECT_EQ(world.seconds("site:b.org"), 2 + 2.25);
+    tracker.setInspecting(false);
+    EXPECT_FALSE(active());
     world.checkInvariants();
 }
 

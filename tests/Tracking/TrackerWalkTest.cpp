@@ -29,10 +29,8 @@ public:
 
     double total(Category wanted) const {
         double sum = 0;
-        for (const Activity& activity : tracker_.activities()) {
-            if (isEligible(activity) && category(activity) == wanted) {
-                sum += activity.seconds();
-            }
+        for (const Activity* activity : classifiable()) {
+            sum += category(*activity) == wanted ? activity->seconds() : 0;
         }
         return sum;
     }
