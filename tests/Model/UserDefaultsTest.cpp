@@ -246,37 +246,18 @@ TEST_F(UserDefaultsTest, ATruncatedFileIsAbsentOrWholeAndNeverLost) {
 TEST_F(UserDefaultsTest, WhatCannotBeReadIsKeptBesideTheNewFile) {
     PropertyList good;
     good.setBoolean(key, true);
-    const std::pair<const char*, std::function<void()>> rows[] = {
-        {"garbage",
-         [&] {
-             putFile(file, "garbage");
-         }},
-        {"an array",
-         [&] {
-             putFile(file, binaryList({"\xa0"}));
-         }},
-        {"a directory",
-         [&] {
-             QDir().mkpath(file + u"/inside"_s);
-         }},
-        {"a pipe",
-         [&] {
-             mkfifo(qPrintable(file), 0600);
-         }},
-        {"links in a circle",
-         [&] {
-             QFile::link(file, file);
-         }},
-        {"too large",
-         [&] {
-             putFile(file, {});
-             QFile::resize(file, PropertyList::maximumSize + 1);
-         }},
-        {"no permission",
-         [&] {
+    const std::pair<std::function<void()>, const char*> rows[] = {
+        {[&] { putFile(file, "garbage"); }, "garbage"},
+        {[&] { putFile(file, binaryList({"\xa0"})); }, "an array"},
+        {[&] { QDir().mkpath(file + u"/inside"_s); }, "a directory"},
+        {[&] { mkfifo(qPrintable(file), 0600); }, "a pipe"},
+        {[&] { QFile::link(file, file); }, "links in a circle"},
+        {[&] { putFile(file, QByteArray(PropertyList::maximumSize + 1, ' ')); }, "too large"},
+        {[&] {
              putFile(file, good.toBinary());
              chmod(qPrintable(file), 0);
-         }},
+         },
+         "no permission"},
     };
     const auto inodeOf = [](const QString& path) {
         struct stat info {};
@@ -284,7 +265,7 @@ TEST_F(UserDefaultsTest, WhatCannotBeReadIsKeptBesideTheNewFile) {
     };
     QString aside = broken;
     qsizetype kept = 0;
-    for (const auto& [title, make] : rows) {
+    for (const auto& [make, title] : rows) {
         SCOPED_TRACE(title);
         make();
         const WithoutPrivileges somebody;
@@ -370,6 +351,11 @@ TEST_F(UserDefaultsTest, WhatAnOlderInstallationLeftIsTakenWhereThereIsNothingYe
                       "<key>paused</key><true/><key>finderIgnoredV1</key><true/>"
                       "<key>disabledBrowsers</key><array/><key>historySeededV1</key><true/>"
                       "<key>other</key><true/>");
+    const QByteArray present = xmlDictionary("<key>paused</key><false/><key>mine</key><true/>"
+                                             "<key>safari</key><integer>1</integer>");
+    const QByteArray date =
+        binaryList({"\xd1\1\2", "\x59resetDate", dateObject(721692800.1234567)});
+    const QString finderIgnored = u"finderIgnoredV1"_s;
     const struct {
         const char* what;
         QByteArray older;
@@ -377,21 +363,10 @@ TEST_F(UserDefaultsTest, WhatAnOlderInstallationLeftIsTakenWhereThereIsNothingYe
         QStringList added;
     } rows[] = {
         {"neither", {}, {}, {}},
-        {"no older one", {}, xmlDictionary("<key>paused</key><true/>"), {}},
-        {"everything",
-         everything,
-         {},
-         {u"safari"_s, u"chrome"_s, u"paused"_s, u"finderIgnoredV1"_s}},
-        {"what is there stays",
-         everything,
-         xmlDictionary("<key>paused</key><false/><key>safari</key><integer>1</integer>"
-                       "<key>mine</key><true/>"),
-         {u"chrome"_s, u"finderIgnoredV1"_s}},
+        {"everything", everything, {}, {u"safari"_s, u"chrome"_s, u"paused"_s, finderIgnored}},
+        {"what is there stays", everything, present, {u"chrome"_s, finderIgnored}},
         {"nothing that is carried over", xmlDictionary("<key>other</key><true/>"), {}, {}},
-        {"a date to the bit",
-         binaryList({"\xd1\1\2", "\x59resetDate", dateObject(721692800.1234567)}),
-         {},
-         {u"resetDate"_s}},
+        {"a date to the bit", date, {}, {u"resetDate"_s}},
         {"a broken one", "garbage", {}, {}},
     };
     for (const auto& [what, olderBytes, newerBytes, added] : rows) {
