@@ -136,33 +136,6 @@ TEST(CalendarTest, EveryDoubleIsOnSomeDay) {
     EXPECT_FALSE(calendar.addingDays(Date{0}, std::numeric_limits<int>::max()) == Date{0});
 }
 
-TEST(ActivityListTest, TellsEveryChangeAndKeepsWhatIsPending) {
-    KeyTable keys;
-    ActivityList list(keys);
-    QStringList told;
-    list.observe([&](const Activity& activity) { told.append(activity.key()); });
-    Activity& stored = list.append(ActivityList::Stored{
-        7, u"site:a.org"_s, u"a.org"_s, u"Production"_s, 1.5, std::nullopt, std::nullopt});
-    EXPECT_FALSE(list.hasChanges());
-    const Activity& added = list.append(u"app:b"_s, u"B"_s, Category::neutral, 2);
-    EXPECT_EQ(added.categoryValue(), u"neutral"_s);
-    EXPECT_FALSE(added.lastUsedAt() || added.previousCategoryValue());
-    stored.setSeconds(3);
-    stored.setCategory(Category::ignored);
-    stored.setLastUsedAt(Date{5.5});
-    stored.setPreviousCategoryValue(u"x"_s);
-    EXPECT_EQ(told, QStringList{added.key()} + QStringList(4, stored.key()));
-
-    const auto pending = list.pending();
-    ASSERT_EQ(pending.size(), 2U); // Each once, in the order of their first change.
-    EXPECT_EQ(&pending[0].activity, &added);
-    EXPECT_EQ(&pending[1].activity, &stored);
-    list.settle();
-    EXPECT_FALSE(list.hasChanges());
-    stored.setSeconds(4);
-    EXPECT_EQ(list.pending().size(), 1U);
-}
-
 TEST(ActivityListTest, RecordsAndTheirKeysStayWhereTheyAre) {
     KeyTable keys;
     ActivityList list(keys);

@@ -143,8 +143,10 @@ TEST_F(StoreTest, ASaveWritesWhatHasChangedAndNothingElse) {
     a.setSeconds(5);
     context.dayActivities().add(day, b.keyId(), 1);
     context.save();
-    EXPECT_EQ(read("SELECT Z_PK, Z_OPT, ZKEY, ZSECONDS FROM ZACTIVITY"),
-              "1|2|app:a|5.0\n2|1|app:b|0.0");
+    a.setLastUsedAt(Date{7});
+    context.save();
+    EXPECT_EQ(read("SELECT Z_PK, Z_OPT, ZKEY, ZSECONDS, ZLASTUSEDAT FROM ZACTIVITY"),
+              "1|3|app:a|5.0|7\n2|1|app:b|0.0|NULL");
     EXPECT_EQ(read("SELECT Z_PK, Z_OPT, ZDAY, ZSECONDS FROM ZDAYACTIVITY"),
               "1|2|2024-03-05|2.0\n2|1|2024-03-06|1.0");
     EXPECT_EQ(read("SELECT Z_MAX FROM Z_PRIMARYKEY"), "2\n2");
