@@ -106,9 +106,12 @@ TEST(CalendarTest, EveryDayBeginsWhereTheZoneLetsIt) {
         EXPECT_FALSE(calendar.isSameDay(start - 0.25, start));
         EXPECT_EQ(calendar.addingDays(next, -1), start);
     }
-    EXPECT_EQ(*calendarIn("Europe/Berlin").addingDays(utc("2024-03-30T11:00:00", 0.5), 1) -
-                  utc("2024-03-31T10:00:00", 0.5),
-              0); // The local time stays.
+    // The local time stays, or is the next there is.
+    const Calendar berlin = calendarIn("Europe/Berlin");
+    EXPECT_EQ(berlin.addingDays(utc("2024-03-30T11:00:00"), 1), utc("2024-03-31T10:00:00"));
+    EXPECT_EQ(berlin.addingDays(utc("2024-03-30T01:30:00"), 1), utc("2024-03-31T01:00:00"));
+    EXPECT_EQ(berlin.addingDays(utc("2024-10-28T01:30:00"), -1), utc("2024-10-27T00:30:00"));
+    EXPECT_EQ(berlin.addingDays(Date{-0.75}, 1), Date{86399.25});
     // A day that Samoa never had.
     EXPECT_FALSE(calendarIn("Pacific/Apia").addingDays(utc("2011-12-30T10:00:00"), -1));
 }

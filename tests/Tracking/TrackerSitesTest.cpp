@@ -115,7 +115,7 @@ TEST_F(TrackerSitesTest, BacksOffFromABrowserThatFails) {
     world.pass(1);
     world.browsers.fail(unreachable);
     world.pass(2);
-    EXPECT_EQ(asked(), 1U); // Two seconds again.
+    ASSERT_EQ(asked(), 1U); // Two seconds again.
 
     world.browsers.fail(unreachable);
     world.front("editor");

@@ -220,7 +220,7 @@ private:
         return all[static_cast<std::size_t>(upTo(all.size()))];
     }
     QString anyPart() {
-        const QString id = u"part%1"_s.arg(upTo(3));
+        QString id = u"part%1"_s.arg(upTo(3));
         world_.workspace.components.insert(id);
         return id;
     }
