@@ -52,7 +52,7 @@ TEST_F(TrackerSitesTest, BooksTheSiteFromTheFirstAnswerOn) {
     world.browsers.answer(u"a.org"_s);
     world.pass(0.25);
     tracker.setInspecting(true);
-    EXPECT_EQ(asked(), 1U);                 // Opening the panel asks at once.
+    ASSERT_EQ(asked(), 1U);                 // Opening the panel asks at once.
     world.front("com.brindlework.orvanta"); // The panel has the focus; the browser is behind it.
     world.browsers.answer(u"b.org"_s);
     world.pass(2.25);
