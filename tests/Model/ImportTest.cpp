@@ -21,7 +21,7 @@ constexpr const char* olderRows =
 constexpr const char* laterRows =
     "INSERT INTO ZACTIVITY VALUES (9, 1, 3, 5.5, 60, 'ignored', 'app:a', 'A', 'pending');"
     "INSERT INTO ZDAYACTIVITY VALUES (2, 2, 1, 60, '2024-03-05', '2024-03-05|app:a', 'app:a'),"
-    "(3, 2, 1, 1, 'monday', 'monday|app:a', 'app:a'), (4, 2, 1, 2, NULL, NULL, 'app:a')";
+    "(3, 2, 1, 1, 'monday', 'monday|app:a', 'app:a'), (4, 2, 1, 2, '2024-03-01', NULL, 'app:a')";
 
 constexpr const char* activities = "SELECT Z_PK, Z_ENT, Z_OPT, typeof(ZLASTUSEDAT), ZLASTUSEDAT, "
                                    "typeof(ZSECONDS), ZSECONDS, ZCATEGORYVALUE, ZKEY, ZNAME "
@@ -195,13 +195,14 @@ TEST_F(ImportTest, AStoreFromAMacOpensAndWorks) {
         const Activity& activity = context.activities()[0];
         EXPECT_EQ(activity.previousCategoryValue(), u"pending"_s);
         EXPECT_EQ(activity.lastUsedAt(), Date{5.5});
-        ASSERT_EQ(context.dayActivities().size(), 1U); // Rows without a day stand in no history.
+        // A row without an identifier counts, one without a day stands in no history.
+        ASSERT_EQ(context.dayActivities().size(), 2U);
         context.dayActivities().add(day, activity.keyId(), 1);
         context.dayActivities().add({2024, 3, 6}, activity.keyId(), 2);
         context.save();
     }
     EXPECT_EQ(read("SELECT Z_PK, Z_OPT, ZSECONDS, ZDAY FROM ZDAYACTIVITY"),
-              "2|2|61.0|2024-03-05\n3|1|1.0|monday\n4|1|2.0|NULL\n5|1|2.0|2024-03-06");
+              "2|2|61.0|2024-03-05\n3|1|1.0|monday\n4|1|2.0|2024-03-01\n5|1|2.0|2024-03-06");
     EXPECT_EQ(metadata(), before);
     EXPECT_EQ(read("PRAGMA page_size") + read("PRAGMA journal_mode"), "512wal");
     EXPECT_EQ(read("SELECT * FROM ACHANGE"), "3|9");
