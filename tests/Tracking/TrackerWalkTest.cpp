@@ -110,7 +110,7 @@ public:
     explicit Walk(unsigned seed)
         : random_(seed)
         , isSound_(seed % 3 != 0)
-        , world_("2024-03-05T23:40:00") {
+        , world_("2024-03-05T22:00:00") {
         world_.calendar = Calendar(QTimeZone("America/Sao_Paulo"), seed % 2 == 0 ? 1 : 2);
         world_.browsers.known = {u"browser"_s};
         // A record that names no activity.
@@ -119,12 +119,15 @@ public:
         world_.begin();
         QStringList keys{u"app:a"_s,     u"site:x.org"_s, u"unknown:?"_s, u"app:browser"_s,
                          u"app:part0"_s, u"app:part1"_s,  u"app:old"_s};
+        for (int i = 0; i < 60; ++i) {
+            keys.append(u"site:%1.org"_s.arg(i));
+        }
         if (!isSound_) { // Keys twice, as in a damaged store, which then can never be saved.
             keys += {u"site:x.org"_s, u"app:part0"_s};
         }
         for (const QString& key : keys) {
             const QString category = upTo(3) == 0 ? u"?"_s : rawValue(anyCategory());
-            const Activity& activity = world_.add(key, category, upTo(4) * 33.1);
+            const Activity& activity = world_.add(key, category, upTo(40) * 3.31);
             for (int i = 0; i < 5; ++i) {
                 world_.context().dayActivities().add(anyDay(), activity.keyId(),
                                                      upTo(100) * 0.7 + 0.1);
@@ -150,7 +153,7 @@ public:
             [&] { seldom() ? tracker.reset() : tracker.save(); },
             [&] { seldom() ? clearHistory() : tracker.completeHistory(); },
             [&] { seldom() ? restart() : tracker.start(); },
-            [&] { spend(upTo(seldom() ? 800000 : 3200) / 8.0, true); },
+            [&] { spend(upTo(seldom() && seldom() ? 800000 : 3200) / 8.0, true); },
             [&] { spend(upTo(90), false); },
             [&] { spend(upTo(90), false); },
             [&] {
@@ -158,10 +161,10 @@ public:
                                                            : Notification::ScreenIsUnlocked);
             },
             [&] {
-                world_.wallShift += upTo(200000) - 60000;
+                world_.wallShift += seldom() ? upTo(200000) - 60000 : 0;
                 world_.defaultCenter.post(Notification::CalendarDayChanged);
             },
-            [&] { world_.travel(upTo(2) == 0 ? "Asia/Tokyo" : "Europe/Berlin"); },
+            [&] { world_.travel(seldom() ? "Asia/Tokyo" : "Europe/Berlin"); },
             // A part of the desktop comes to the front, and nobody is told.
             [&] {
                 world_.workspace.front = RunningApplication{anyPart(), {}, {}, {}};
