@@ -153,7 +153,7 @@ public:
             [&] { seldom() ? tracker.reset() : tracker.save(); },
             [&] { seldom() ? clearHistory() : tracker.completeHistory(); },
             [&] { seldom() ? restart() : tracker.start(); },
-            [&] { spend(upTo(seldom() && seldom() ? 800000 : 3200) / 8.0, true); },
+            [&] { spend(upTo(upTo(64) == 0 ? 800000 : 3200) / 8.0, true); },
             [&] { spend(upTo(90), false); },
             [&] { spend(upTo(90), false); },
             [&] {
