@@ -24,10 +24,6 @@ const Activity* ActivityList::find(KeyId key) const {
     return &activities_[static_cast<std::size_t>(rowOfKey_[index])];
 }
 
-void ActivityList::observe(std::function<void(const Activity&)> observer) {
-    observer_ = std::move(observer);
-}
-
 Activity& ActivityList::append(const QString& key, const QString& name, Category category,
                                double seconds) {
     Activity& activity = append(key, name, rawValue(category), seconds);
@@ -74,13 +70,6 @@ void ActivityList::settle() {
         activities_[row].changed_ = false;
     }
     changed_.clear();
-}
-
-void ActivityList::changed(const Activity& activity) {
-    ++generation_;
-    if (observer_) {
-        observer_(activity);
-    }
 }
 
 } // namespace orvanta

@@ -3,7 +3,6 @@
 #include "Model/Activity.h"
 
 #include <deque>
-#include <functional>
 #include <span>
 #include <vector>
 
@@ -39,9 +38,6 @@ public:
     std::span<const double> seconds() const { return seconds_; }
     std::span<const Category> categories() const { return categories_; }
 
-    /// Called after every change of a record, and when a record was added.
-    void observe(std::function<void(const Activity&)> observer);
-
     /// Whether a record has changes that the store does not have.
     bool hasChanges() const { return !changed_.empty(); }
 
@@ -75,7 +71,6 @@ private:
     friend class Activity;
     Activity& append(const QString& key, const QString& name, const QString& categoryValue,
                      double seconds);
-    void changed(const Activity& activity);
 
     KeyTable& keys_;
     std::deque<Activity> activities_;
@@ -85,7 +80,6 @@ private:
     std::vector<std::size_t> changed_;   // Rows, each once.
     quint64 generation_ = 0;
     quint64 categoryGeneration_ = 0;
-    std::function<void(const Activity&)> observer_;
 };
 
 } // namespace orvanta
