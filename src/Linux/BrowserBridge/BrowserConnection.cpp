@@ -91,9 +91,9 @@ void BrowserConnection::hear(std::string_view text) {
         return;
     }
     const auto& message = std::get<ExtensionMessage>(parsed);
-    if (!state_ || state_->focused != message.focused) {
+    if (!state_ || state_->focused != message.focused || state_->origin != message.origin) {
         state_ = state_.value_or(State());
-        state_->focusChangedAt = now;
+        state_->changedAt = now;
     }
     state_->origin = message.origin;
     state_->focused = message.focused;

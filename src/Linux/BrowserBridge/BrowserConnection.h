@@ -24,7 +24,7 @@ public:
         std::optional<QString> origin; ///< "http://" or "https://" and a host name
         bool focused = false;          ///< whether one of its windows has the focus
         double saidAt = 0;
-        double focusChangedAt = 0;           ///< since when `focused` is what it is
+        double changedAt = 0;                ///< since when the two above are what they are
         std::optional<double> lastFocusedAt; ///< when it said so last; absent when it never did
     };
     /// Seconds, as `saidAt` counts them.

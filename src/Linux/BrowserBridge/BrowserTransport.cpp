@@ -14,7 +14,8 @@ namespace {
 constexpr double longestSilence = 60;
 
 /// The desktop and the browser tell of one change of focus each in its own time, and so do two
-/// profiles. Until they agree, nobody seems to have the focus; after these seconds nobody has.
+/// profiles; and on the way from site to site a tab is nowhere. After these seconds of no address
+/// there is none.
 constexpr double settlingTime = 0.5;
 
 /// Apple's `errAEEventNotHandled`.
@@ -99,8 +100,12 @@ void BrowserTransport::attempt(Requests::iterator request) {
         return isFresh(*connection) && connection->state()->focused;
     });
     if (!focused.empty()) {
-        finish(request,
-               replyWith((*std::ranges::max_element(focused, byLastFocus))->state()->origin));
+        const BrowserConnection* last = *std::ranges::max_element(focused, byLastFocus);
+        if (last->state()->origin) {
+            finish(request, replyWith(last->state()->origin));
+        } else {
+            settle(request, last->state()->changedAt);
+        }
         return;
     }
 
@@ -126,8 +131,12 @@ void BrowserTransport::attempt(Requests::iterator request) {
     }
     double changedAt = request->process == frontmostProcess_ ? frontmostSince_ : 0;
     for (const BrowserConnection* connection : connections) {
-        changedAt = std::max(changedAt, connection->state()->focusChangedAt);
+        changedAt = std::max(changedAt, connection->state()->changedAt);
     }
+    settle(request, changedAt);
+}
+
+void BrowserTransport::settle(Requests::iterator request, double changedAt) {
     const double left = changedAt + settlingTime - surroundings_.now();
     if (left <= 0) {
         finish(request, replyWith(std::nullopt));

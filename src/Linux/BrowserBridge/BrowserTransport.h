@@ -57,6 +57,8 @@ private:
     /// Answers the request if that is possible now, or sees to it that it will be.
     void attempt(Requests::iterator request);
     bool isFresh(const BrowserConnection& connection) const;
+    /// Answers that there is no address, once that has been so for long enough.
+    void settle(Requests::iterator request, double changedAt);
     void finish(Requests::iterator request, const std::optional<AppleEvent>& reply);
 
     BrowserBridge& bridge_;
