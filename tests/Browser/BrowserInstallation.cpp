@@ -40,7 +40,7 @@ int main(int argc, char** argv) {
         if (arguments.at(0) == QStringLiteral("install")) {
             const auto result = extension.install(browser);
             require(result.problem);
-            const bool isChromium = browser.family == BrowserFolder::Family::Chromium;
+            const bool isChromium = browser.family == BrowserFamily::Chromium;
             if (result.outcome != (isChromium ? ExtensionInstallation::Outcome::AfterRestart
                                               : ExtensionInstallation::Outcome::NotPossible)) {
                 std::fprintf(stderr, "another outcome: %s\n", qPrintable(browser.path));

@@ -19,7 +19,7 @@ namespace orvanta {
 
 namespace {
 
-using Family = BrowserFolder::Family;
+using Family = BrowserFamily;
 using Outcome = ExtensionInstallation::Outcome;
 
 QString text(const char* latin1) {

@@ -44,7 +44,7 @@ std::optional<BrowserFolder> BrowserPreparation::folderOf(const QString& bundleI
 
 Preparation BrowserPreparation::prepare(const QString& bundleIdentifier) const {
     const auto folder = folderOf(bundleIdentifier);
-    const bool isGecko = folder && folder->family == BrowserFolder::Family::Gecko;
+    const bool isGecko = folder && folder->family == BrowserFamily::Gecko;
     Preparation byHand{isGecko ? Preparation::Next::Temporary : Preparation::Next::Unpacked,
                        places_.packageFolder + QStringLiteral("/extension"),
                        {}};

@@ -25,7 +25,7 @@ ExtensionInstallation::ExtensionInstallation(QString packageFolder, QString syst
     , systemFolder_(std::move(systemFolder)) {}
 
 QString ExtensionInstallation::path(const BrowserFolder& browser) {
-    if (browser.family == BrowserFolder::Family::Gecko) {
+    if (browser.family == BrowserFamily::Gecko) {
         return browser.path + geckoExtensionFile;
     }
     return browser.path + QStringLiteral("/External Extensions/") +
@@ -33,7 +33,7 @@ QString ExtensionInstallation::path(const BrowserFolder& browser) {
 }
 
 bool ExtensionInstallation::isInstalledForEverybody(const BrowserFolder& browser) const {
-    if (browser.family == BrowserFolder::Family::Gecko) {
+    if (browser.family == BrowserFamily::Gecko) {
         return QFileInfo::exists(systemFolder_ + QStringLiteral("/mozilla") + geckoExtensionFile);
     }
     // Debian's chromium loads each folder in there.
@@ -45,7 +45,7 @@ ExtensionInstallation::Result ExtensionInstallation::install(const BrowserFolder
     if (isInstalledForEverybody(browser)) {
         return {Outcome::Installed};
     }
-    const bool isGecko = browser.family == BrowserFolder::Family::Gecko;
+    const bool isGecko = browser.family == BrowserFamily::Gecko;
     const QString packagePath = packageFolder_ + (isGecko ? QStringLiteral("/orvanta.xpi")
                                                           : QStringLiteral("/orvanta.crx"));
     QFile package(packagePath);

@@ -42,7 +42,7 @@ QList<BrowserFolder> findBrowserFolders(const QString& home, const QString& conf
     for (const char* name : chromiumFolders) {
         const QString path = QDir(configHome).filePath(QString::fromLatin1(name));
         if (QFileInfo(path).isDir()) {
-            found.append({BrowserFolder::Family::Chromium, path});
+            found.append({BrowserFamily::Chromium, path});
         }
     }
     const bool hasNewPlace =
@@ -50,7 +50,7 @@ QList<BrowserFolder> findBrowserFolders(const QString& home, const QString& conf
     for (const char* name : geckoFolders) {
         const QString path = QDir(home).filePath(QString::fromLatin1(name));
         if (QFileInfo(path).isDir() || (name == geckoFolders[0] && hasNewPlace)) {
-            found.append({BrowserFolder::Family::Gecko, path});
+            found.append({BrowserFamily::Gecko, path});
         }
     }
     return found;
@@ -60,7 +60,7 @@ NativeManifests::NativeManifests(QString hostExecutable)
     : hostExecutable_(std::move(hostExecutable)) {}
 
 QString NativeManifests::path(const BrowserFolder& browser) {
-    const QString folder = browser.family == BrowserFolder::Family::Chromium
+    const QString folder = browser.family == BrowserFamily::Chromium
                                ? QStringLiteral("NativeMessagingHosts")
                                : QStringLiteral("native-messaging-hosts");
     return browser.path + QLatin1Char('/') + folder + QLatin1Char('/') +
@@ -75,7 +75,7 @@ std::optional<FileProblem> NativeManifests::write(const BrowserFolder& browser) 
         {QStringLiteral("type"), QStringLiteral("stdio")},
     };
     // One that names both kinds of extension is refused by Gecko.
-    if (browser.family == BrowserFolder::Family::Chromium) {
+    if (browser.family == BrowserFamily::Chromium) {
         manifest.insert(QStringLiteral("allowed_origins"),
                         QJsonArray{QStringLiteral("chrome-extension://%1/")
                                        .arg(QString::fromLatin1(extensionChromiumId))});
@@ -119,9 +119,8 @@ std::optional<FileProblem> removeFile(const QString& path, const BrowserFolder& 
         return FileProblem{path, file.errorString()};
     }
     // Chromium's own folder was there before. Gecko's may have been made for the file.
-    const QString last = browser.family == BrowserFolder::Family::Gecko
-                             ? QFileInfo(browser.path).path()
-                             : browser.path;
+    const QString last =
+        browser.family == BrowserFamily::Gecko ? QFileInfo(browser.path).path() : browser.path;
     QString folder = info.path();
     while (folder != last && QDir().rmdir(folder)) {
         folder = QFileInfo(folder).path();

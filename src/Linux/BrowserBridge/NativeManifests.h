@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Linux/Applications/BrowserFamily.h"
+
 #include <QList>
 #include <QString>
 
@@ -9,9 +11,7 @@ namespace orvanta {
 
 /// Where a browser keeps what is the person's, whether or not it runs.
 struct BrowserFolder {
-    enum class Family { Chromium, Gecko };
-
-    Family family = Family::Chromium;
+    BrowserFamily family = BrowserFamily::Chromium;
     QString path;
 
     bool operator==(const BrowserFolder&) const = default;
