@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-"""What a browser pays for telling its sites: its CPU over a quiet stretch, without the extension and
-with it and Orvanta, and what passes through the host meanwhile. On a virtual desktop; both of
-Debian's browsers."""
+"""What a browser pays for telling its sites, and Orvanta for asking: the browser's CPU over a quiet
+stretch without the extension and with it, what passes through the host meanwhile, and Orvanta's own
+CPU and wake-ups with the browser in front. On a virtual desktop; both of Debian's browsers."""
 
 import argparse
 import os
@@ -52,47 +52,70 @@ def writes_of(pid):
     return int(next(line for line in lines if line.startswith("syscw")).split()[1])
 
 
-def measure(kind, identifier, seconds, build, with_extension):
+def orvanta_reading(pid):
+    """Seconds of CPU and how often it went to sleep."""
+    running = int(pathlib.Path(f"/proc/{pid}/schedstat").read_text().split()[0]) / 1e9
+    lines = pathlib.Path(f"/proc/{pid}/status").read_text().splitlines()
+    sleeps = next(line for line in lines if line.startswith("voluntary_ctxt_switches"))
+    return running, int(sleeps.split()[1])
+
+
+def measure(kind, identifier, seconds, build, orvanta):
+    """With `orvanta`, an executable, the browser tells it its sites."""
     with desktop.Desktop() as place:
         sites = orvanta_end.Sites()
         browser = kind(place, sites)
-        if with_extension:
+        process = None
+        if orvanta:
             browser.load_extension()
             decisions = (pathlib.Path(place.environment["XDG_CONFIG_HOME"])
                          / "com.brindlework.orvanta.automation.plist")
             decisions.write_bytes(plistlib.dumps({"allowed": [identifier]},
                                                  fmt=plistlib.FMT_BINARY))
-            desktop.Orvanta(place, build / "orvanta").start()
+            application = desktop.Orvanta(place, orvanta)
+            application.start()
+            process = application.process
         browser.new_window(lambda: browser.open(browser.address("alpha.test")))
-        if with_extension:
+        if process:
             desktop.wait_until(lambda: host_of(browser.process.pid), "the host", 60)
         time.sleep(SETTLING)
         host = host_of(browser.process.pid)
         before = cpu_seconds(browser.process.pid)
         written = writes_of(host) if host else 0
+        first = orvanta_reading(process.pid) if process else None
         time.sleep(seconds)
+        cost = first and [later - earlier for earlier, later
+                          in zip(first, orvanta_reading(process.pid))]
         used = cpu_seconds(browser.process.pid) - before
         messages = writes_of(host) - written if host else 0
         sites.close()
-    return used, messages
+    return used, messages, cost
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--seconds", type=int, default=60)
+    parser.add_argument("--orvanta", type=pathlib.Path,
+                        default=ROOT / "build" / "release" / "orvanta")
     parser.add_argument("--build", type=pathlib.Path, default=ROOT / "build" / "dev",
                         help="of the preset dev, which has the tests' programs")
     arguments = parser.parse_args()
     desktop.end_on_signals()
     build = arguments.build.resolve()
-    os.environ["ORVANTA_BROWSER_HOST"] = str(build / "orvanta-browser-host")
+    # It is let in only where it stands beside the application.
+    os.environ["ORVANTA_BROWSER_HOST"] = str(
+        arguments.orvanta.resolve().with_name("orvanta-browser-host"))
     os.environ["ORVANTA_PACKAGES"] = str(build / "browser")
     os.environ["ORVANTA_BROWSER_INSTALLATION"] = str(build / "browser-installation")
     for kind, identifier in ((browsers.Chromium, "chromium"), (browsers.Firefox, "firefox-esr")):
-        without, _ = measure(kind, identifier, arguments.seconds, build, False)
-        used, messages = measure(kind, identifier, arguments.seconds, build, True)
-        print(f"{identifier}: {arguments.seconds} s in front of one page: {without:.2f} s of CPU "
-              f"without the extension, {used:.2f} s with it; {messages} messages through the host")
+        seconds = arguments.seconds
+        without, _, _ = measure(kind, identifier, seconds, build, None)
+        used, messages, (cpu, sleeps) = measure(kind, identifier, seconds, build,
+                                                arguments.orvanta.resolve())
+        print(f"{identifier}: {seconds} s in front of one page: {without:.2f} s of CPU "
+              f"without the extension, {used:.2f} s with it; {messages} messages through the host; "
+              f"orvanta: {cpu / seconds * 3600:.2f} s of CPU an hour, "
+              f"{sleeps / seconds:.2f} wake-ups a second", flush=True)
 
 
 main()
