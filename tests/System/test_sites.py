@@ -116,6 +116,14 @@ class Scenarios:
                     lambda: self.desktop.title(self.window).startswith(to_host), "the page", 2)
         desktop.wait_until(there, to_host, PATIENCE)
 
+    def open_another(self, option, host):
+        """Meanwhile the window before it may count on."""
+        begun = time.monotonic()
+        window = self.browser.new_window(
+            lambda: self.browser.open(option, self.address(host)))
+        self.slack[None] += time.monotonic() - begun
+        return window
+
     def open_browser(self, *hosts):
         self.window = self.browser.new_window(
             lambda: self.browser.open(*(self.address(host) for host in hosts)))
@@ -149,6 +157,36 @@ class Scenarios:
         self.spend(None)
         # A browser that had no site is asked again after two, four, eight seconds.
         self.spend(GAMMA, lambda: self.desktop.activate(self.window), seconds=10, late=8)
+        self.end()
+        self.assert_counted()
+
+    def test_every_window_and_profile_has_its_site(self):
+        self.start("alpha.test", is_prepared=True)
+        first = self.window
+        self.desktop.activate(first)
+        self.begin(ALPHA)
+        terminal = self.count_a_terminal()
+
+        self.spend(ALPHA, lambda: self.desktop.activate(first))
+        second = self.open_another("--new-window", "beta.test")
+        self.spend(BETA, late=1)
+        self.spend(ALPHA, lambda: self.desktop.activate(first))
+        if self.another_profile:
+            self.open_another(self.another_profile, "gamma.test")
+            # Its extension has yet to start.
+            self.spend(GAMMA, seconds=10, late=9)
+            self.spend(ALPHA, lambda: self.desktop.activate(first))
+            self.spend(BETA, lambda: self.desktop.activate(second))
+        self.spend(case.XTERM, lambda: (self.desktop.activate(terminal), self.desktop.run(
+            "xdotool", "windowminimize", str(first), "windowminimize", str(second))))
+
+        self.desktop.activate(first)
+        self.browser.open(self.internal_page)
+        self.slack[None] += 2
+        time.sleep(2)
+        before = self.counted()
+        time.sleep(6)  # More than until the next save.
+        self.assertEqual(self.counted(), before, "at a page of the browser's own nothing counts")
         self.end()
         self.assert_counted()
 
@@ -193,9 +231,13 @@ class Chromium(Scenarios, case.SystemTest):
     browser_class = browsers.Chromium
     identifier = "chromium"
     takes_packages = True
+    another_profile = "--profile-directory=Another"
+    internal_page = "chrome://version"
 
 
 class Firefox(Scenarios, case.SystemTest):
     browser_class = browsers.Firefox
     identifier = "firefox-esr"
     takes_packages = False  # Not without its maker's signature.
+    another_profile = None  # Is another process, and so another browser.
+    internal_page = "about:license"
