@@ -12,25 +12,25 @@ using namespace orvanta;
 
 /// Each letter is something that the desktop says: L and U ask to lock and to unlock; h, n and ?
 /// are the hint's yes, no and unknown; s and o the saver's on and off; w waits half a minute, and
-/// i an instant less. The answer after each is X for locked, s for only saved, . for neither.
+/// i an instant less. The answer after each is # for locked, s for only saved, . for neither.
 TEST(ScreenLockTest, TellsALockFromASaverAndNeverStaysDeaf) {
     const std::pair<std::string, std::string> rows[] = {
-        {"hn", "X."},           // the hint alone
-        {"so", "X."},           // a saver where no hint is known
-        {"nsho", ".sXX"},       // a saver, then its lock
+        {"hn", "#."},           // the hint alone
+        {"so", "#."},           // a saver where no hint is known
+        {"nsho", ".s##"},       // a saver, then its lock
         {"nsono", ".s..."},     // a saver without a lock
-        {"Lw", "X."},           // nobody locks
-        {"LiL", "XXX"},         // asked again
-        {"Liiw", "XX.."},       // dropped once, and for good
-        {"LU", "X."},           // asked back
-        {"nLhwn", ".XXX."},     // confirmed by the hint: stands until that goes
-        {"nLswwo", ".XXXX."},   // confirmed by the saver alone: a lock, not only a saver
-        {"nsLwwno", ".sXXXX."}, // confirmed before it was asked for
-        {"nLshon", ".XXXX."},   // both
-        {"hU", "X."},           // the locker left its hint behind
-        {"hUshno", "X.XXs."},   // and its successor is believed again
-        {"h?", "X."},           // logind is gone
-        {"nLn", ".XX"},         // the hint's "no" is no news while the locker starts
+        {"Lw", "#."},           // nobody locks
+        {"LiL", "###"},         // asked again
+        {"Liiw", "##.."},       // dropped once, and for good
+        {"LU", "#."},           // asked back
+        {"nLhwn", ".###."},     // confirmed by the hint: stands until that goes
+        {"nLswwo", ".####."},   // confirmed by the saver alone: a lock, not only a saver
+        {"nsLwwno", ".s####."}, // confirmed before it was asked for
+        {"nLshon", ".####."},   // both
+        {"hU", "#."},           // the locker left its hint behind
+        {"hUshno", "#.##s."},   // and its successor is believed again
+        {"h?", "#."},           // logind is gone
+        {"nLn", ".##"},         // the hint's "no" is no news while the locker starts
     };
     for (const auto& [said, expected] : rows) {
         HandMainLoop loop;
@@ -49,7 +49,7 @@ TEST(ScreenLockTest, TellsALockFromASaverAndNeverStaysDeaf) {
         for (const char word : said) {
             words.at(word)();
             EXPECT_FALSE(lock.isLocked() && lock.isOnlySaved()) << said;
-            seen += lock.isLocked() ? 'X' : lock.isOnlySaved() ? 's' : '.';
+            seen += lock.isLocked() ? '#' : lock.isOnlySaved() ? 's' : '.';
         }
         EXPECT_EQ(seen, expected) << said;
         loop.advance(30.0);

@@ -28,9 +28,9 @@ bool consistsOf(QStringView text, std::u16string_view characters) {
     });
 }
 
-/// As browsers write a host (url.spec.whatwg.org, "Host serializing"): a name or an IPv4 address in
-/// lower-case ASCII, or an IPv6 address in brackets. A port, a user or a path has characters that
-/// none of these has.
+/// As browsers write a host (WHATWG's URL Standard, "Host serializing"): a name or an IPv4 address
+/// in lower-case ASCII, or an IPv6 address in brackets. A port, a user or a path has characters
+/// that none of these has.
 bool isHost(QStringView host) {
     if (host.isEmpty() || host.size() > longestHost) {
         return false;
