@@ -15,14 +15,20 @@ function(orvanta_compile_options target)
 endfunction()
 
 # orvanta_room(Model SOURCES a.cpp b.h ... ROOMS Platform ... LIBRARIES Qt6::Core ...
-#              [PRIVATE_LIBRARIES SQLite::SQLite3 ...])
+#              [PRIVATE_LIBRARIES SQLite::SQLite3 ...] [FOLDER Views/Text])
+#
+# The folder is the one of its name unless another is given.
 function(orvanta_room name)
-    cmake_parse_arguments(ROOM "" "" "SOURCES;ROOMS;LIBRARIES;PRIVATE_LIBRARIES" ${ARGN})
+    cmake_parse_arguments(ROOM "" "FOLDER" "SOURCES;ROOMS;LIBRARIES;PRIVATE_LIBRARIES" ${ARGN})
     set(target Orvanta${name})
+    if(NOT ROOM_FOLDER)
+        set(ROOM_FOLDER ${name})
+    endif()
 
     set(door ${PROJECT_BINARY_DIR}/rooms/${name})
-    file(MAKE_DIRECTORY ${door})
-    file(CREATE_LINK ${PROJECT_SOURCE_DIR}/src/${name} ${door}/${name} SYMBOLIC)
+    cmake_path(GET ROOM_FOLDER PARENT_PATH parent)
+    file(MAKE_DIRECTORY ${door}/${parent})
+    file(CREATE_LINK ${PROJECT_SOURCE_DIR}/src/${ROOM_FOLDER} ${door}/${ROOM_FOLDER} SYMBOLIC)
 
     add_library(${target} STATIC ${ROOM_SOURCES})
     target_include_directories(${target} PUBLIC ${door})
@@ -38,7 +44,7 @@ function(orvanta_room name)
         if(source MATCHES "\\.h$")
             string(REPLACE "/" "_" check ${source})
             set(check ${PROJECT_BINARY_DIR}/headers/${name}/${check}.cpp)
-            file(CONFIGURE OUTPUT ${check} CONTENT "#include \"${name}/${source}\"\n")
+            file(CONFIGURE OUTPUT ${check} CONTENT "#include \"${ROOM_FOLDER}/${source}\"\n")
             list(APPEND checks ${check})
         endif()
     endforeach()

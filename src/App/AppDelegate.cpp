@@ -9,7 +9,7 @@
 #include "Tracking/Classification.h"
 #include "Tracking/FrontmostProbe.h"
 #include "Views/Text/StatusText.h"
-#include "WindowWatchingText.h"
+#include "Views/Text/WindowWatchingText.h"
 
 #include <QCoreApplication>
 #include <QLocale>

@@ -53,4 +53,29 @@ protected:
     AutomationPermission() = default;
 };
 
+class ApplicationLauncher;
+class RunningApplications;
+
+/// All that it takes to ask other applications, and to be allowed to. What it gives lives as long
+/// as it does.
+class Automation {
+public:
+    virtual ~Automation() = default;
+    Automation(const Automation&) = delete;
+    Automation& operator=(const Automation&) = delete;
+
+    virtual const RunningApplications& runningApplications() const = 0;
+    virtual AppleEventTransport& transport() = 0;
+    virtual AutomationPermission& permission() = 0;
+    /// An application that it starts is a running one as soon as the launch has completed.
+    virtual ApplicationLauncher& launcher() = 0;
+
+    /// Sees to it that what was allowed once still works from where the program is now. Does I/O:
+    /// not before the first seconds are over.
+    virtual void renewPreparations() = 0;
+
+protected:
+    Automation() = default;
+};
+
 } // namespace orvanta

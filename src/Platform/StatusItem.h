@@ -30,7 +30,9 @@ struct StatusTitle {
 struct StatusMenuItem {
     QString text; ///< empty for a separator
     std::function<void()> action;
-    std::optional<bool> checked; ///< present for an entry that can be checked
+    std::optional<bool> checked = {}; ///< present for an entry that can be checked
+    /// The key that, together with Control, the entry is known by; absent for none.
+    std::optional<QChar> keyEquivalent = {};
 };
 
 /// The application's place in the desktop's status area.
@@ -39,13 +41,18 @@ public:
     struct Handlers {
         /// A left click, at this place of the screen where the desktop tells one.
         std::function<void(std::optional<QPoint>)> activate;
-        /// Gives the menu, asked anew each time it is about to be shown.
+        /// Gives the menu, asked anew each time it is about to be shown, and perhaps earlier.
         std::function<std::vector<StatusMenuItem>()> menu;
+        /// A right click: the menu is about to be shown.
+        std::function<void()> menuWillOpen = {};
     };
 
     virtual ~StatusItem() = default;
     StatusItem(const StatusItem&) = delete;
     StatusItem& operator=(const StatusItem&) = delete;
+
+    /// Whether the desktop shows the item now.
+    virtual bool isShown() const = 0;
 
     virtual void setTitle(const StatusTitle& title) = 0;
 

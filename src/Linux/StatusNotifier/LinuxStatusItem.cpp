@@ -27,6 +27,10 @@ LinuxStatusItem::LinuxStatusItem(const QDBusConnection& connection, Handlers han
 
 LinuxStatusItem::~LinuxStatusItem() = default;
 
+bool LinuxStatusItem::isShown() const {
+    return embedded_ || notifierItem_.host() == StatusNotifierItem::Host::Present;
+}
+
 void LinuxStatusItem::setTitle(const StatusTitle& title) {
     if (std::exchange(title_, title) == title) {
         return;

@@ -22,6 +22,7 @@ public:
     LinuxStatusItem(const LinuxStatusItem&) = delete;
     LinuxStatusItem& operator=(const LinuxStatusItem&) = delete;
 
+    bool isShown() const override;
     void setTitle(const StatusTitle& title) override;
     void setToolTip(const QString& text) override;
 

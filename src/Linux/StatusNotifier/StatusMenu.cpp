@@ -16,6 +16,11 @@ bool isSeparator(const StatusMenuItem& item) {
     return item.text.isEmpty();
 }
 
+/// As X11 and GTK call the key.
+QString keyName(QChar key) {
+    return key == u',' ? QStringLiteral("comma") : QString(key);
+}
+
 QVariantMap allProperties(const StatusMenuItem& item) {
     if (isSeparator(item)) {
         return {{QStringLiteral("type"), QStringLiteral("separator")}};
@@ -27,6 +32,11 @@ QVariantMap allProperties(const StatusMenuItem& item) {
     if (item.checked) {
         properties.insert(QStringLiteral("toggle-type"), QStringLiteral("checkmark"));
         properties.insert(QStringLiteral("toggle-state"), *item.checked ? 1 : 0);
+    }
+    if (item.keyEquivalent) {
+        const QStringList press{QStringLiteral("Control"), keyName(*item.keyEquivalent)};
+        properties.insert(QStringLiteral("shortcut"),
+                          QVariant::fromValue(QList<QStringList>{press}));
     }
     return properties;
 }
@@ -41,8 +51,10 @@ bool isSameShape(const std::vector<StatusMenuItem>& a, const std::vector<StatusM
 
 } // namespace
 
-StatusMenu::StatusMenu(std::function<std::vector<StatusMenuItem>()> menu)
-    : menu_(std::move(menu)) {
+StatusMenu::StatusMenu(std::function<std::vector<StatusMenuItem>()> menu,
+                       std::function<void()> willOpen)
+    : menu_(std::move(menu))
+    , willOpen_(std::move(willOpen)) {
     registerStatusNotifierTypes();
 }
 
@@ -80,6 +92,13 @@ bool StatusMenu::ask() {
     ++revision_;
     Q_EMIT LayoutUpdated(revision_, root);
     return true;
+}
+
+bool StatusMenu::open() {
+    if (willOpen_) {
+        willOpen_();
+    }
+    return ask();
 }
 
 const StatusMenuItem& StatusMenu::entry(int id) const {
@@ -185,7 +204,7 @@ QList<int> StatusMenu::EventGroup(const QList<MenuEvent>& events) {
 
 bool StatusMenu::AboutToShow(int id) {
     if (id == root) {
-        return ask();
+        return open();
     }
     if (!isEntry(id)) {
         complain(id);
@@ -194,7 +213,7 @@ bool StatusMenu::AboutToShow(int id) {
 }
 
 QList<int> StatusMenu::AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors) {
-    const bool changed = ids.contains(root) && ask();
+    const bool changed = ids.contains(root) && open();
     for (const int id : ids) {
         if (id != root && !isEntry(id)) {
             idErrors.append(id);

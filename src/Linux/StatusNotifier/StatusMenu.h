@@ -22,7 +22,8 @@ class StatusMenu final : public QObject, protected QDBusContext {
     Q_PROPERTY(QStringList IconThemePath READ iconThemePath CONSTANT)
 
 public:
-    explicit StatusMenu(std::function<std::vector<StatusMenuItem>()> menu);
+    /// `willOpen` is called each time before a host shows the menu.
+    StatusMenu(std::function<std::vector<StatusMenuItem>()> menu, std::function<void()> willOpen);
 
     uint version() const { return 3; }
     QString textDirection() const { return QStringLiteral("ltr"); }
@@ -53,6 +54,7 @@ Q_SIGNALS:
 private:
     void askOnce();
     bool ask();
+    bool open();
     int lastId() const { return firstId_ + static_cast<int>(items_.size()) - 1; }
     bool isEntry(int id) const { return id >= firstId_ && id <= lastId(); }
     const StatusMenuItem& entry(int id) const;
@@ -61,6 +63,7 @@ private:
     void complain(int id);
 
     std::function<std::vector<StatusMenuItem>()> menu_;
+    std::function<void()> willOpen_;
     std::vector<StatusMenuItem> items_; ///< numbered from firstId_ on
     int firstId_ = 1;
     uint revision_ = 0; ///< 0: never asked for

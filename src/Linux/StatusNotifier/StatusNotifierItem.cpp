@@ -65,7 +65,7 @@ StatusNotifierItem::StatusNotifierItem(QDBusConnection connection, StatusItem::H
     , configuration_(std::move(configuration))
     , offersMenu_(!configuration_.currentDesktop.split(QLatin1Char(':'))
                        .contains(QLatin1String("GNOME"), Qt::CaseInsensitive))
-    , menu_(handlers_.menu)
+    , menu_(handlers_.menu, handlers_.menuWillOpen)
     , service_(QStringLiteral("org.kde.StatusNotifierItem-%1-1")
                    .arg(QCoreApplication::applicationPid())) {
     if (!connection_.isConnected()) {

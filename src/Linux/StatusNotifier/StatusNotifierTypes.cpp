@@ -79,6 +79,7 @@ void registerStatusNotifierTypes() {
     qDBusRegisterMetaType<MenuEvent>();
     qDBusRegisterMetaType<QList<MenuEvent>>();
     qDBusRegisterMetaType<QList<int>>();
+    qDBusRegisterMetaType<QList<QStringList>>();
 }
 
 } // namespace orvanta

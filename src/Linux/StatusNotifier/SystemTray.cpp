@@ -82,7 +82,12 @@ bool SystemTrayManager::nativeEventFilter(const QByteArray& /*eventType*/, void*
 
 EmbeddedStatusItem::EmbeddedStatusItem(const StatusItem::Handlers& handlers)
     : handlers_(handlers) {
-    QObject::connect(&menu_, &QMenu::aboutToShow, &menu_, [this] { fillMenu(); });
+    QObject::connect(&menu_, &QMenu::aboutToShow, &menu_, [this] {
+        if (handlers_.menuWillOpen) {
+            handlers_.menuWillOpen();
+        }
+        fillMenu();
+    });
     QObject::connect(&icon_, &QSystemTrayIcon::activated, &icon_,
                      [this](QSystemTrayIcon::ActivationReason reason) {
                          if (reason == QSystemTrayIcon::Trigger) {
@@ -116,6 +121,9 @@ void EmbeddedStatusItem::fillMenu() {
         action->setCheckable(item.checked.has_value());
         action->setChecked(item.checked.value_or(false));
         action->setEnabled(static_cast<bool>(item.action));
+        if (item.keyEquivalent) {
+            action->setShortcut(QKeySequence(QStringLiteral("Ctrl+") + *item.keyEquivalent));
+        }
         if (item.action) {
             QObject::connect(action, &QAction::triggered, &menu_, item.action,
                              Qt::QueuedConnection);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Linux/Windows/Window.h"
+#include "Platform/WindowWatching.h"
 
 #include <QObject>
 
@@ -13,12 +14,7 @@ class WindowWatcher : public QObject {
     Q_OBJECT
 
 public:
-    enum class State {
-        Waiting,     ///< connected, but no window manager is there that would tell
-        Watching,    ///< a window manager answered as it should
-        Unsupported, ///< this desktop does not tell, or has not within the first seconds
-        Ended,       ///< the display system went away, for good
-    };
+    using State = WindowWatching;
 
     State state() const { return state_; }
 

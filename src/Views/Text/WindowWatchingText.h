@@ -1,12 +1,12 @@
 #pragma once
 
-#include "Linux/Windows/WindowWatcher.h"
+#include "Platform/WindowWatching.h"
 
 #include <QString>
 
 namespace orvanta {
 
 /// One sentence for the person on why nothing is counted; empty when nothing stands in the way.
-QString windowWatchingText(WindowWatcher::State state);
+QString windowWatchingText(WindowWatching state);
 
 } // namespace orvanta

@@ -1,16 +1,16 @@
-#include "WindowWatchingText.h"
+#include "Views/Text/WindowWatchingText.h"
 
 namespace orvanta {
 
-QString windowWatchingText(WindowWatcher::State state) {
+QString windowWatchingText(WindowWatching state) {
     switch (state) {
-    case WindowWatcher::State::Unsupported:
+    case WindowWatching::Unsupported:
         return QStringLiteral("Este ambiente gráfico não informa qual aplicativo está em uso; "
                               "por isso o orvanta não consegue contar o tempo.");
-    case WindowWatcher::State::Ended:
+    case WindowWatching::Ended:
         return QStringLiteral("O ambiente gráfico foi encerrado; o tempo medido está salvo.");
-    case WindowWatcher::State::Waiting:
-    case WindowWatcher::State::Watching:
+    case WindowWatching::Waiting:
+    case WindowWatching::Watching:
         return {};
     }
     Q_UNREACHABLE();

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "Platform/Platform.h"
+#include "Platform/ScreenArea.h"
+#include "Platform/StatusItem.h"
+#include "Platform/WindowWatching.h"
+
+#include <QObject>
+#include <QStringList>
+#include <QTimeZone>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+class QWindow;
+
+namespace orvanta {
+
+class Appearance;
+class Automation;
+class Bundles;
+class LoginItem;
+
+/// The desktop that the application lives on: what its shell asks for, each by its own port.
+///
+/// Everything that it hands out or refers to is gone before it is.
+class Desktop : public QObject {
+    Q_OBJECT
+
+public:
+    virtual Platform platform() = 0;
+    /// Seconds on a clock that never goes back and stands still while the machine sleeps.
+    virtual double uptime() const = 0;
+
+    virtual const Bundles& bundles() const = 0;
+    virtual LoginItem& loginItem() = 0;
+
+    struct AutomationDecisions {
+        /// Keep lists of bundle identifiers.
+        std::function<QStringList(const QString& key)> load;
+        std::function<void(const QString& key, const QStringList& identifiers)> store;
+        /// The bundle identifiers of the browsers that can be decided about, in the order shown.
+        std::function<QStringList()> browsers;
+    };
+    /// Begins to listen for other applications. To be called once.
+    virtual std::unique_ptr<Automation> makeAutomation(AutomationDecisions decisions) = 0;
+
+    /// The application's one place in the status area, shown as soon as the desktop has one.
+    virtual std::unique_ptr<StatusItem> makeStatusItem(StatusItem::Handlers handlers) = 0;
+
+    /// Begins to announce absence and the day change on the notification centres, first of all what
+    /// already holds. To be called once, when those who want to hear it observe the centres.
+    virtual void startPresence() = 0;
+
+    virtual WindowWatching windowWatching() const = 0;
+    virtual const Appearance& appearance() const = 0;
+
+    /// All monitors, the main one first; asked of the desktop anew. Empty when there is none.
+    virtual std::vector<ScreenArea> screenAreas() const = 0;
+    /// Brings a window that is shown to the front, whoever has the keyboard now.
+    virtual void activate(QWindow& window) = 0;
+
+Q_SIGNALS:
+    void windowWatchingChanged();
+    /// The local time zone is another. Comes before the day change that is announced because of it.
+    void timeZoneChanged(const QTimeZone& zone);
+
+protected:
+    Desktop() = default;
+};
+
+} // namespace orvanta

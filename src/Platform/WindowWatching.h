@@ -1,0 +1,13 @@
+#pragma once
+
+namespace orvanta {
+
+/// Whether it is known which window has the focus.
+enum class WindowWatching {
+    Waiting,     ///< connected, but no window manager is there that would tell
+    Watching,    ///< a window manager answered as it should
+    Unsupported, ///< this desktop does not tell, or has not within the first seconds
+    Ended,       ///< the display system went away, for good
+};
+
+} // namespace orvanta
