@@ -6,6 +6,7 @@
 #include "Platform/WindowWatching.h"
 
 #include <QObject>
+#include <QPoint>
 #include <QStringList>
 #include <QTimeZone>
 
@@ -21,6 +22,17 @@ class Appearance;
 class Automation;
 class Bundles;
 class LoginItem;
+
+/// Something that is watched as long as this lives.
+class EventMonitor {
+public:
+    virtual ~EventMonitor() = default;
+    EventMonitor(const EventMonitor&) = delete;
+    EventMonitor& operator=(const EventMonitor&) = delete;
+
+protected:
+    EventMonitor() = default;
+};
 
 /// The desktop that the application lives on: what its shell asks for, each by its own port.
 ///
@@ -58,6 +70,13 @@ public:
 
     /// All monitors, the main one first; asked of the desktop anew. Empty when there is none.
     virtual std::vector<ScreenArea> screenAreas() const = 0;
+    /// Where the pointer is now, in the same coordinates.
+    virtual QPoint pointerPosition() const = 0;
+    /// Calls `handler` with the place of every press of a mouse button, in whichever application,
+    /// as long as the monitor lives. The press reaches whom it is meant for all the same. Null
+    /// where the desktop tells nobody of others' presses.
+    virtual std::unique_ptr<EventMonitor>
+    addGlobalMonitorForMouseDowns(std::function<void(QPoint)> handler) = 0;
     /// Brings a window that is shown to the front, whoever has the keyboard now.
     virtual void activate(QWindow& window) = 0;
 

@@ -1,26 +1,18 @@
 #include "Linux/Presence/X11Displays.h"
 
+#include "Linux/Windows/X11Reply.h"
+
 #include <sys/uio.h>
 #include <xcb/dpms.h>
 #include <xcb/screensaver.h>
 #include <xcb/xcb.h>
 #include <xcb/xcbext.h>
 
-#include <cstdlib>
 #include <utility>
 
 namespace orvanta {
 
 namespace {
-
-struct Free {
-    void operator()(void* memory) const { std::free(memory); }
-};
-
-template <typename T>
-std::unique_ptr<T, Free> owned(T* reply) {
-    return std::unique_ptr<T, Free>(reply);
-}
 
 /// DPMSSelectInput of DPMS 1.2, which this libxcb does not know yet. False where it is refused.
 bool selectDpmsEvents(xcb_connection_t* connection) {

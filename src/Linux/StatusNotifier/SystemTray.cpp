@@ -1,6 +1,7 @@
 #include "Linux/StatusNotifier/SystemTray.h"
 
 #include "Linux/StatusNotifier/StatusImage.h"
+#include "Linux/Windows/X11Reply.h"
 
 #include <QGuiApplication>
 #include <QIcon>
@@ -8,31 +9,15 @@
 
 #include <xcb/xcb.h>
 
-#include <cstdlib>
-#include <memory>
-#include <string_view>
 #include <utility>
 
 namespace orvanta {
 
 namespace {
 
-template <typename Reply>
-using XReply = std::unique_ptr<Reply, decltype(&std::free)>;
-
 xcb_connection_t* qtsConnection() {
     const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
     return x11 != nullptr ? x11->connection() : nullptr;
-}
-
-xcb_atom_t atom(xcb_connection_t* connection, std::string_view name) {
-    const XReply<xcb_intern_atom_reply_t> reply(
-        xcb_intern_atom_reply(
-            connection,
-            xcb_intern_atom(connection, 0, static_cast<uint16_t>(name.size()), name.data()),
-            nullptr),
-        &std::free);
-    return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
 }
 
 } // namespace
@@ -41,9 +26,9 @@ SystemTrayManager::SystemTrayManager(std::function<void()> appeared)
     : appeared_(std::move(appeared))
     , connection_(qtsConnection()) {
     if (connection_ != nullptr) {
-        manager_ = atom(connection_, "MANAGER");
+        manager_ = internAtom(connection_, "MANAGER");
         // As Qt does; a second screen of the old kind has no tray.
-        selection_ = atom(connection_, "_NET_SYSTEM_TRAY_S0");
+        selection_ = internAtom(connection_, "_NET_SYSTEM_TRAY_S0");
         // Qt has selected for these events already.
         qGuiApp->installNativeEventFilter(this);
     }
@@ -59,10 +44,8 @@ bool SystemTrayManager::isThere() const {
     if (connection_ == nullptr) {
         return false;
     }
-    const XReply<xcb_get_selection_owner_reply_t> reply(
-        xcb_get_selection_owner_reply(connection_, xcb_get_selection_owner(connection_, selection_),
-                                      nullptr),
-        &std::free);
+    const auto reply = owned(xcb_get_selection_owner_reply(
+        connection_, xcb_get_selection_owner(connection_, selection_), nullptr));
     return reply && reply->owner != XCB_WINDOW_NONE;
 }
 

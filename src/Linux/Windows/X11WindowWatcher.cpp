@@ -1,12 +1,13 @@
 #include "Linux/Windows/X11WindowWatcher.h"
 
+#include "Linux/Windows/X11Reply.h"
+
 #include <QSocketNotifier>
 
 #include <xcb/res.h>
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <cstring>
 #include <span>
 #include <string_view>
@@ -37,16 +38,7 @@ constexpr uint32_t checkWindowEvents =
 
 constexpr std::string_view xwaylandExtension = "XWAYLAND";
 
-struct Free {
-    void operator()(void* memory) const { std::free(memory); }
-};
-
-template <typename T>
-std::unique_ptr<T, Free> owned(T* reply) {
-    return std::unique_ptr<T, Free>(reply);
-}
-
-using Property = std::unique_ptr<xcb_get_property_reply_t, Free>;
+using Property = std::unique_ptr<xcb_get_property_reply_t, X11Free>;
 
 /// A property to be read: sent when made, so that several go out together.
 class PropertyRequest {
