@@ -1,0 +1,56 @@
+#pragma once
+
+#include "Platform/MainLoop.h"
+
+#include <QWidget>
+
+#include <memory>
+
+namespace orvanta {
+
+/// The frameless window beside the status item. It is made once and holds a view while it is shown.
+///
+/// It is a popup: over everything, no window that a task bar would list, and the window behind it
+/// stays the active one. The keyboard is therefore taken by a grab, as a menu does; but only for
+/// whoever opened it or clicked in it, and only while it is used, as nobody can lock the screen
+/// meanwhile. Modifiers that belong to the desktop (Alt, Super) close it and reach the desktop.
+class Popover final : public QWidget {
+    Q_OBJECT
+
+public:
+    /// In device-independent pixels.
+    static constexpr QSize contentSize{320, 352};
+
+    /// The main loop outlives the popover.
+    explicit Popover(MainLoop& mainLoop);
+    ~Popover() override;
+
+    struct Opening {
+        QPoint place;       ///< of the top left corner
+        bool takesKeyboard; ///< whether the person asked for it
+        bool leavesPointer; ///< whether somebody else sees the clicks outside that close it
+    };
+    /// Not while it is shown.
+    void open(std::unique_ptr<QWidget> content, const Opening& opening);
+
+Q_SIGNALS:
+    /// However it came about. The content goes when this has returned.
+    void didClose();
+
+protected:
+    bool event(QEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void didHide();
+    void takeKeyboard(int attempts);
+    void releaseKeyboard();
+    void releasePointer();
+
+    MainLoop& mainLoop_;
+    QWidget* content_ = nullptr;
+    bool leavesPointer_ = false;
+    std::unique_ptr<MainLoopTimer> keyboardTimer_;
+};
+
+} // namespace orvanta
