@@ -1,0 +1,111 @@
+#include "Views/GridButton.h"
+
+#include "Platform/Appearance.h"
+#include "Views/DeviceGrid.h"
+#include "Views/Palette.h"
+
+#include <QFocusEvent>
+#include <QKeyEvent>
+#include <QPainter>
+
+namespace orvanta {
+
+namespace {
+
+constexpr double pressedTint = 0.14;
+constexpr double hoverTint = 0.06;
+
+QColor color(GridButton::Ink ink, const Palette& palette) {
+    switch (ink) {
+    case GridButton::Ink::foreground:
+        return palette.foreground;
+    case GridButton::Ink::muted:
+        return palette.muted;
+    case GridButton::Ink::green:
+        break;
+    }
+    return Palette::green;
+}
+
+} // namespace
+
+GridButton::GridButton(const Appearance& appearance, const QSize& size, Qt::Edges rules,
+                       QWidget* parent)
+    : QAbstractButton(parent)
+    , appearance_(appearance)
+    , rules_(rules) {
+    setFixedSize(size);
+    setAttribute(Qt::WA_Hover);
+    setFocusPolicy(Qt::TabFocus); // A click leaves the keyboard where it was.
+}
+
+void GridButton::setLabel(const Label& label) {
+    if (label != label_) {
+        label_ = label;
+        update();
+    }
+}
+
+void GridButton::setTitles(const QString& toolTip, const QString& accessibleName) {
+    setToolTip(toolTip);
+    if (accessibleName != this->accessibleName()) {
+        setAccessibleName(accessibleName);
+    }
+}
+
+double GridButton::tint() const {
+    if (isDown()) {
+        return pressedTint;
+    }
+    return underMouse() || hasKeyboard_ ? hoverTint : 0;
+}
+
+void GridButton::paintLabel(QPainter& painter, const Palette& palette) {
+    const QColor ink = color(label_.ink, palette);
+    if (label_.symbol) {
+        drawSymbol(painter, *label_.symbol, rect(), label_.size, ink);
+    } else {
+        painter.setPen(ink);
+        painter.drawText(rect(), Qt::AlignCenter, label_.text);
+    }
+}
+
+void GridButton::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    const Palette palette(appearance_.colorScheme());
+    if (const double opacity = tint(); opacity > 0) {
+        QColor primary = appearance_.colorScheme() == ColorScheme::dark ? Qt::white : Qt::black;
+        primary.setAlphaF(static_cast<float>(opacity));
+        painter.fillRect(rect(), primary);
+    }
+    paintLabel(painter, palette);
+    for (const Qt::Edge edge : {Qt::TopEdge, Qt::LeftEdge, Qt::RightEdge, Qt::BottomEdge}) {
+        if (rules_.testFlag(edge)) {
+            drawRule(painter, rect(), edge, palette.rule);
+        }
+    }
+}
+
+void GridButton::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        if (!event->isAutoRepeat()) {
+            click();
+        }
+    } else {
+        QAbstractButton::keyPressEvent(event);
+    }
+}
+
+void GridButton::focusInEvent(QFocusEvent* event) {
+    // The window itself gives the focus to somebody when it opens; that is not worth showing.
+    hasKeyboard_ =
+        event->reason() != Qt::ActiveWindowFocusReason && event->reason() != Qt::PopupFocusReason;
+    QAbstractButton::focusInEvent(event);
+}
+
+void GridButton::focusOutEvent(QFocusEvent* event) {
+    hasKeyboard_ = false;
+    QAbstractButton::focusOutEvent(event);
+}
+
+} // namespace orvanta
