@@ -1,9 +1,8 @@
 #include "Browsers/BrowserReader.h"
 
+#include "Fakes/FakeAutomation.h"
 #include "Fakes/FakeBundles.h"
 #include "Fakes/QtPrinters.h"
-#include "Platform/Automation.h"
-#include "Platform/RunningApplications.h"
 
 #include <QCoreApplication>
 
@@ -17,30 +16,6 @@ namespace orvanta {
 namespace {
 
 using namespace Qt::StringLiterals;
-
-class Running final : public RunningApplications {
-public:
-    std::vector<RunningInstance> all{{.processIdentifier = 42}};
-    mutable int asked = 0;
-    std::vector<RunningInstance> instances(const QString& /*bundleIdentifier*/) const override {
-        ++asked;
-        return all;
-    }
-};
-
-class Permission final : public AutomationPermission {
-public:
-    int status = permitted;
-    std::vector<bool> asked;
-    int determine(const EventDescriptor& target, FourCharCode eventClass, FourCharCode eventID,
-                  bool askUser) override {
-        EXPECT_EQ(target, EventDescriptor::processIdentifier(42));
-        EXPECT_EQ(eventClass, 0x636F7265U);
-        EXPECT_EQ(eventID, 0x67657464U);
-        asked.push_back(askUser);
-        return status;
-    }
-};
 
 class Transport final : public AppleEventTransport {
 public:
@@ -60,6 +35,8 @@ protected:
     BrowserReaderTest() {
         bundles.install(u"/a/read.browser"_s, u"Browser"_s,
                         "code=\"acTa\" code=\"URL \" code=\"cTa\"");
+        automation.running[u"read.browser"_s] = {{.processIdentifier = 42}};
+        automation.decisions[42] = AutomationPermission::permitted;
     }
 
     /// Lets every step that follows from another happen.
@@ -85,10 +62,9 @@ protected:
     }
 
     FakeBundles bundles;
-    Running running;
-    Permission permission;
+    FakeAutomation automation;
     Transport transport;
-    BrowserReader reader{bundles, running, transport, permission, [](const QString& text) {
+    BrowserReader reader{bundles, automation, transport, automation, [](const QString& text) {
                              return text == u"https://a.org/"_s ? std::optional(u"a.org"_s)
                                                                 : std::nullopt;
                          }};
@@ -151,33 +127,30 @@ TEST_F(BrowserReaderTest, EveryOutcomeHasItsAnswer) {
     }
     const auto sent = transport.sent.size();
 
-    permission.status = AutomationPermission::refused;
-    read();
-    permission.asked.clear();
-    settle();
-    running.all = {{.processIdentifier = 42, .isTerminated = true}, {.processIdentifier = 43}};
+    automation.decisions[42] = AutomationPermission::refused;
     read();
     settle();
-    running.all.clear();
+    auto& running = automation.running[u"read.browser"_s];
+    running = {{.processIdentifier = 42, .isTerminated = true}, {.processIdentifier = 43}};
     read();
     settle();
-    running.asked = 0;
+    running.clear();
+    read();
+    settle();
     read(u"read.other"_s);
     settle();
     EXPECT_EQ(answers, (QStringList{u"Permissão de Automação necessária · veja Ajustes"_s,
                                     u"Navegador fechado"_s, u"Navegador fechado"_s,
                                     u"Navegador não compatível"_s}));
-    EXPECT_EQ(running.asked, 0);
-    EXPECT_EQ(permission.asked.size(), 1U);
     EXPECT_EQ(transport.sent.size(), sent);
 }
 
 TEST_F(BrowserReaderTest, ReadsGoOneAfterTheOtherAndThePersonIsAskedOnce) {
-    permission.status = AutomationPermission::undecided;
+    automation.decisions.clear();
     read();
-    EXPECT_TRUE(permission.asked.empty()) << "nothing happens within the call";
+    EXPECT_TRUE(automation.log.isEmpty()) << "nothing happens within the call";
     settle();
-    permission.status = AutomationPermission::permitted;
+    automation.decisions[42] = AutomationPermission::permitted;
     read();
     read(u"read.other"_s);
     read();
@@ -189,7 +162,7 @@ TEST_F(BrowserReaderTest, ReadsGoOneAfterTheOtherAndThePersonIsAskedOnce) {
     reply(std::nullopt);
     EXPECT_EQ(answers.sliced(1), (QStringList{u"site a.org"_s, u"Navegador não compatível"_s,
                                               u"Não foi possível consultar o navegador"_s}));
-    EXPECT_EQ(permission.asked, (std::vector{true, false, false}));
+    EXPECT_EQ(automation.log, QStringList{u"ask 42"_s});
 }
 
 } // namespace
