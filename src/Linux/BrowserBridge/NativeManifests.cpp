@@ -3,12 +3,10 @@
 #include "Linux/BrowserBridge/ExtensionIdentity.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 
 #include <utility>
 
@@ -28,12 +26,6 @@ constexpr const char* geckoFolders[] = {".mozilla", ".librewolf", ".waterfox"};
 // Newer versions keep profiles below XDG_CONFIG_HOME, and yet look for manifests and extensions in
 // the old place.
 constexpr char geckoConfigFolder[] = "mozilla";
-
-std::optional<FileProblem> notAPlainFile(const QFileInfo& file) {
-    const bool isInTheWay = file.isSymLink() || (file.exists() && !file.isFile());
-    return isInTheWay ? std::optional(FileProblem{file.filePath(), QStringLiteral("not a file")})
-                      : std::nullopt;
-}
 
 } // namespace
 
@@ -90,38 +82,14 @@ std::optional<FileProblem> NativeManifests::remove(const BrowserFolder& browser)
     return removeFile(path(browser), browser);
 }
 
-std::optional<FileProblem> replaceFile(const QString& path, const QByteArray& content) {
-    const QFileInfo info(path);
-    if (auto problem = notAPlainFile(info)) {
-        return problem;
-    }
-    const QString folder = info.path();
-    if (!QDir().mkpath(folder)) {
-        return FileProblem{folder, QStringLiteral("the folder cannot be made")};
-    }
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() ||
-        !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup |
-                             QFile::ReadOther) ||
-        !file.commit()) {
-        return FileProblem{path, file.errorString()};
-    }
-    return std::nullopt;
-}
-
 std::optional<FileProblem> removeFile(const QString& path, const BrowserFolder& browser) {
-    const QFileInfo info(path);
-    if (auto problem = notAPlainFile(info)) {
+    if (auto problem = removePlainFile(path)) {
         return problem;
-    }
-    QFile file(path);
-    if (file.exists() && !file.remove()) {
-        return FileProblem{path, file.errorString()};
     }
     // Chromium's own folder was there before. Gecko's may have been made for the file.
     const QString last =
         browser.family == BrowserFamily::Gecko ? QFileInfo(browser.path).path() : browser.path;
-    QString folder = info.path();
+    QString folder = QFileInfo(path).path();
     while (folder != last && QDir().rmdir(folder)) {
         folder = QFileInfo(folder).path();
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Linux/Applications/BrowserFamily.h"
+#include "Linux/Files/PlainFile.h"
 
 #include <QList>
 #include <QString>
@@ -15,12 +16,6 @@ struct BrowserFolder {
     QString path;
 
     bool operator==(const BrowserFolder&) const = default;
-};
-
-/// What could not be done to which file, in the system's words.
-struct FileProblem {
-    QString path;
-    QString reason;
 };
 
 /// The folders of browsers that the person has used, of those that are known here.
@@ -47,10 +42,6 @@ public:
 private:
     QString hostExecutable_;
 };
-
-/// Puts the content into a file of mode 0644, which is the old or the new one at any moment, making
-/// its folder where there is none. Something else than a plain file of that name is left alone.
-std::optional<FileProblem> replaceFile(const QString& path, const QByteArray& content);
 
 /// Removes a plain file of a browser's, then the folders around it as far as they are empty: all
 /// that replaceFile() may have made. No such file is no problem.
