@@ -1,0 +1,111 @@
+#include "Linux/LinuxAppearance.h"
+
+#include <QDBusVariant>
+#include <QEvent>
+#include <QGuiApplication>
+#include <QPalette>
+
+namespace orvanta {
+
+namespace {
+
+const auto path = QStringLiteral("/org/freedesktop/portal/desktop");
+const auto interface = QStringLiteral("org.freedesktop.portal.Settings");
+
+const auto appearance = QStringLiteral("org.freedesktop.appearance");
+const auto colorSchemeKey = QStringLiteral("color-scheme");
+const auto gnomeInterface = QStringLiteral("org.gnome.desktop.interface");
+const auto animationsKey = QStringLiteral("enable-animations");
+
+/// What is inside a variant; `Read` wraps its answer in one variant more than the signal does.
+QVariant unwrapped(QVariant value) {
+    constexpr int deepest = 3;
+    for (int depth = 0; depth < deepest; ++depth) {
+        if (value.metaType() == QMetaType::fromType<QDBusVariant>()) {
+            value = value.value<QDBusVariant>().variant();
+        }
+    }
+    return value;
+}
+
+std::optional<ColorScheme> schemeOf(const QVariant& value) {
+    if (value.metaType() != QMetaType::fromType<quint32>()) {
+        return std::nullopt;
+    }
+    switch (value.toUInt()) {
+    case 1:
+        return ColorScheme::dark;
+    case 2:
+        return ColorScheme::light;
+    default:
+        return std::nullopt;
+    }
+}
+
+ColorScheme schemeOfPalette() {
+    constexpr int half = 128;
+    return QGuiApplication::palette().color(QPalette::Window).lightness() < half
+               ? ColorScheme::dark
+               : ColorScheme::light;
+}
+
+} // namespace
+
+LinuxAppearance::LinuxAppearance(const QDBusConnection& sessionBus, MainLoop& mainLoop)
+    : portal_(sessionBus, QStringLiteral("org.freedesktop.portal.Desktop"), mainLoop)
+    , looks_{schemeOfPalette(), false} {
+    qGuiApp->installEventFilter(this);
+    connect(&portal_, &BusService::appeared, this, &LinuxAppearance::greet);
+    connect(&portal_, &BusService::forgotten, this, [this] {
+        note(appearance, colorSchemeKey, {});
+        note(gnomeInterface, animationsKey, {});
+    });
+    portal_.start();
+}
+
+void LinuxAppearance::greet() {
+    portal_.listen(path, interface, QStringLiteral("SettingChanged"),
+                   [this](const QDBusMessage& signal) {
+                       note(signal.arguments().value(0).toString(),
+                            signal.arguments().value(1).toString(), signal.arguments().value(2));
+                   });
+    ask(appearance, colorSchemeKey);
+    ask(gnomeInterface, animationsKey);
+}
+
+void LinuxAppearance::ask(const QString& space, const QString& key) {
+    portal_.ask(path, interface, QStringLiteral("Read"), {space, key},
+                [this, space, key](const QDBusMessage& answer) {
+                    // An error: there is no such setting, and what a predecessor said is over.
+                    note(space, key,
+                         answer.type() == QDBusMessage::ReplyMessage ? answer.arguments().value(0)
+                                                                     : QVariant());
+                });
+}
+
+void LinuxAppearance::note(const QString& space, const QString& key, const QVariant& value) {
+    const QVariant told = unwrapped(value);
+    if (space == appearance && key == colorSchemeKey) {
+        preferred_ = schemeOf(told);
+    } else if (space == gnomeInterface && key == animationsKey) {
+        animates_ = told.metaType() != QMetaType::fromType<bool>() || told.toBool();
+    }
+    update();
+}
+
+bool LinuxAppearance::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::ApplicationPaletteChange && watched == qGuiApp) {
+        update();
+    }
+    return Appearance::eventFilter(watched, event);
+}
+
+void LinuxAppearance::update() {
+    const Looks looks{preferred_.value_or(schemeOfPalette()), !animates_};
+    if (looks_ != looks) {
+        looks_ = looks;
+        Q_EMIT changed();
+    }
+}
+
+} // namespace orvanta
