@@ -43,6 +43,10 @@ void LinuxRunningApplications::frontmostChanged() {
     }
 }
 
+void LinuxRunningApplications::add(qint64 process, const QString& bundleIdentifier) {
+    known_[process] = bundleIdentifier;
+}
+
 QString LinuxRunningApplications::bundleIdentifier(qint64 process) const {
     const auto found = known_.find(process);
     if (found != known_.end()) {

@@ -12,7 +12,8 @@ namespace orvanta {
 
 class Workspace;
 
-/// The processes of which a window was in front or a browser is connected.
+/// The processes of which a window was in front or a browser is connected, and those that were
+/// started here.
 class LinuxRunningApplications final : public RunningApplications {
 public:
     /// The processes of the browsers that are connected now.
@@ -24,6 +25,9 @@ public:
     ~LinuxRunningApplications() override;
 
     std::vector<RunningInstance> instances(const QString& bundleIdentifier) const override;
+
+    /// This process of the application has just been started.
+    void add(qint64 process, const QString& bundleIdentifier);
 
     /// The application of a process; empty when nothing tells it.
     QString bundleIdentifier(qint64 process) const;

@@ -1,5 +1,7 @@
 #include "Linux/BrowserBridge/BrowserBridge.h"
 
+#include "Linux/ProcessParent.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -42,17 +44,6 @@ QByteArray linkTarget(const QByteArray& path) {
         target.chop(deleted.size());
     }
     return target;
-}
-
-/// The fourth field of proc(5)'s stat; the second, in brackets, may hold anything.
-std::optional<qint64> parentOf(const QByteArray& processFolder) {
-    constexpr qint64 limit = 4096;
-    QFile file(QFile::decodeName(processFolder + "/stat"));
-    const QByteArray stat = file.open(QIODevice::ReadOnly) ? file.read(limit) : QByteArray();
-    const QByteArray rest = stat.mid(stat.lastIndexOf(')') + 2);
-    bool isNumber = false;
-    const qint64 parent = rest.split(' ').value(1).toLongLong(&isNumber);
-    return isNumber && parent > 1 ? std::optional(parent) : std::nullopt;
 }
 
 } // namespace
@@ -148,7 +139,7 @@ std::optional<qint64> BrowserBridge::identify(int socket, QString& reason) const
         reason = QStringLiteral("another program called: process %1").arg(peer.pid);
         return std::nullopt;
     }
-    const auto parent = parentOf(folder);
+    const auto parent = parentOf(peer.pid, place_.processes);
     if (!parent) {
         reason = QStringLiteral("no browser started the host: process %1").arg(peer.pid);
         return std::nullopt;

@@ -1,0 +1,97 @@
+#include "Linux/Applications/LinuxApplicationLauncher.h"
+
+#include "Eventually.h"
+#include "Fakes/FakeWorkspace.h"
+#include "Fakes/HandMainLoop.h"
+#include "Fakes/QtPrinters.h"
+#include "Linux/LinuxRunningApplications.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <csignal>
+
+namespace orvanta {
+
+namespace {
+
+using namespace Qt::StringLiterals;
+
+class LinuxApplicationLauncherTest : public testing::Test {
+protected:
+    QString makeEntry(const QByteArray& exec) {
+        const QString path = folder.filePath(u"browser.desktop"_s);
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("[Desktop Entry]\nType=Application\nName=O Navegador\nIcon=icon\nPath=" +
+                   QFile::encodeName(folder.path()) + "\nExec=" + exec + '\n');
+        return path;
+    }
+
+    const QTemporaryDir folder;
+    DesktopEntries entries{{folder.path()}};
+    HandMainLoop loop;
+    FakeWorkspace workspace;
+    NotificationCenter center;
+    LinuxRunningApplications running{workspace, center,
+                                     ApplicationIdentity(entries, ::getpid(), u"own"_s), [] {
+                                         return std::vector<qint64>();
+                                     }};
+    int shown = 0;
+    LinuxApplicationLauncher launcher{
+        {entries,
+         loop,
+         {},
+         [this](qint64 process, const QString& identifier) { running.add(process, identifier); },
+         [this] {
+             ++shown;
+         }}};
+};
+
+TEST_F(LinuxApplicationLauncherTest, AProgramIsStartedWithItsWordsAndIsKnownToRun) {
+    const QString entry =
+        makeEntry(R"(sh -c "printf '%%s;' \\"\\$@\\" >args; exec sleep 60" 0 %i --name=%c %U)");
+    std::vector<RunningInstance> instances;
+    launcher.openApplication(entry, {.activates = false, .hides = true},
+                             [&] { instances = running.instances(u"browser"_s); });
+    ASSERT_EQ(instances.size(), 1U);
+    EXPECT_FALSE(instances.front().isTerminated);
+    EXPECT_TRUE(eventually([&] {
+        QFile file(folder.filePath(u"args"_s));
+        return file.open(QIODevice::ReadOnly) &&
+               file.readAll() == "--icon;icon;--name=O Navegador;";
+    }));
+    ::kill(static_cast<pid_t>(instances.front().processIdentifier), SIGKILL);
+}
+
+TEST_F(LinuxApplicationLauncherTest, WhatCannotBeStartedIsCompleteAtOnce) {
+    int completions = 0;
+    launcher.openApplication(u"/gone.desktop"_s, {}, [&] { ++completions; });
+    const QString entry = makeEntry("sh");
+    EXPECT_TRUE(entries.at(entry));
+    for (const char* exec : {"/gone/program", "\"unclosed", ""}) {
+        makeEntry(exec);
+        launcher.openApplication(entry, {.activates = false, .hides = true},
+                                 [&] { ++completions; });
+    }
+    EXPECT_EQ(completions, 4);
+    EXPECT_TRUE(running.instances(u"browser"_s).empty());
+    EXPECT_EQ(loop.armedCount(), 0U);
+}
+
+TEST_F(LinuxApplicationLauncherTest, ThePageOfPermissionsIsOurOwn) {
+    EXPECT_TRUE(launcher.open(
+        u"x-apple.systempreferences:com.apple.preference.security?Privacy_Automation"_s));
+    EXPECT_EQ(shown, 1);
+    EXPECT_FALSE(launcher.open(u"no-such-scheme:x"_s));
+    EXPECT_FALSE(launcher.open(QString()));
+    EXPECT_EQ(shown, 1);
+}
+
+} // namespace
+
+} // namespace orvanta
