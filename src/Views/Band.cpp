@@ -1,6 +1,7 @@
 #include "Views/Band.h"
 
 #include "Platform/Appearance.h"
+#include "Views/Accessibility.h"
 #include "Views/DeviceGrid.h"
 #include "Views/Palette.h"
 #include "Views/PanelGeometry.h"
@@ -11,10 +12,11 @@
 namespace orvanta {
 
 Band::Band(const Appearance& appearance, const QSize& size, Qt::Edges rules, QWidget* parent)
-    : QLabel(parent)
+    : QWidget(parent)
     , appearance_(appearance)
     , rules_(rules) {
     setFixedSize(size);
+    setAccessibleRole(*this, QAccessible::StaticText);
 }
 
 void Band::paintEvent(QPaintEvent* /*event*/) {

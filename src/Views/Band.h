@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QLabel>
+#include <QWidget>
 
 QT_BEGIN_NAMESPACE
 class QPainter;
@@ -12,7 +12,7 @@ class Appearance;
 struct Palette;
 
 /// A part of the panel that is only read. To a screen reader it is a text, its accessible name.
-class Band : public QLabel {
+class Band : public QWidget {
     Q_OBJECT
 
 public:
@@ -21,6 +21,8 @@ public:
          QWidget* parent = nullptr);
 
 protected:
+    const Appearance& appearance() const { return appearance_; }
+
     virtual void paintContent(QPainter& painter, const Palette& palette) = 0;
     void paintEvent(QPaintEvent* event) final;
 

@@ -3,13 +3,14 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <cmath>
 
 namespace orvanta {
 
 DeviceGrid::DeviceGrid(QPainter& painter)
     : painter_(painter)
     , toDevice_(painter.deviceTransform())
-    , ratio_(painter.device()->devicePixelRatioF()) {
+    , ratio_(std::hypot(toDevice_.m11(), toDevice_.m12())) {
     painter.save();
     // A widget is painted somewhere on its window's surface, so that the world's transform is only
     // the last part of the way.

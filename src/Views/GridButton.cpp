@@ -1,6 +1,7 @@
 #include "Views/GridButton.h"
 
 #include "Platform/Appearance.h"
+#include "Views/Accessibility.h"
 #include "Views/DeviceGrid.h"
 #include "Views/Palette.h"
 
@@ -35,6 +36,7 @@ GridButton::GridButton(const Appearance& appearance, const QSize& size, Qt::Edge
     , appearance_(appearance)
     , rules_(rules) {
     setFixedSize(size);
+    setAccessibleRole(*this, QAccessible::Button);
     setAttribute(Qt::WA_Hover);
     setFocusPolicy(Qt::TabFocus); // A click leaves the keyboard where it was.
 }

@@ -38,12 +38,12 @@ public:
     /// What the button does, for those who point at it and for those who cannot see it.
     void setTitles(const QString& toolTip, const QString& accessibleName);
 
-    QSize sizeHint() const override { return size(); }
-
 protected:
     virtual void paintLabel(QPainter& painter, const Palette& palette);
 
     void paintEvent(QPaintEvent* event) override;
+    /// What is chosen is not the button's to say.
+    void nextCheckState() override {}
     void keyPressEvent(QKeyEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;

@@ -6,6 +6,7 @@
 #include "Views/PanelFont.h"
 #include "Views/PanelGeometry.h"
 #include "Views/PanelView.h"
+#include "Views/ReadingOrder.h"
 #include "Views/SetupView.h"
 
 #include <QPainter>
@@ -53,6 +54,10 @@ void PanelRoot::paintEvent(QPaintEvent* /*event*/) {
 void PanelRoot::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     setFocus(Qt::PopupFocusReason); // So that the first Tab leads to the first control.
+}
+
+bool PanelRoot::focusNextPrevChild(bool next) {
+    return moveKeyboard(*this, next);
 }
 
 } // namespace orvanta

@@ -28,7 +28,7 @@ TEST(PanelRootTest, TheSetupGivesWayToThePanelAtOnce) {
     // The click ends the setup, and with it the button's own view.
     QTest::mouseClick(named(root, "Iniciar ao entrar: Abrir o orvanta ao entrar no macOS"),
                       Qt::LeftButton);
-    EXPECT_EQ(desk.asked, QStringList{QStringLiteral("register")});
+    EXPECT_EQ(desk.login.registrations, 1);
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(root.findChild<SetupView*>(), nullptr);
     ASSERT_NE(root.findChild<PanelView*>(), nullptr);

@@ -14,9 +14,6 @@ using namespace orvanta;
 
 namespace {
 
-const Browser firefox{QStringLiteral("firefox"), QStringLiteral("Firefox"), true};
-const Browser chromium{QStringLiteral("chromium"), QStringLiteral("Chromium"), false};
-
 QStringList lines(std::initializer_list<const char*> texts) {
     QStringList result;
     for (const char* text : texts) {
@@ -26,8 +23,11 @@ QStringList lines(std::initializer_list<const char*> texts) {
 }
 
 struct Stage {
-    explicit Stage(std::vector<Browser> browsers) {
-        desk.browsers = std::move(browsers);
+    explicit Stage(const std::vector<const char*>& browsers) {
+        for (const char* name : browsers) {
+            const int number = static_cast<int>(desk.browsers.size()) + 1;
+            desk.addBrowser(number, name, number == 1);
+        }
         setup = desk.setup();
         view = std::make_unique<SetupView>(*setup, appearance, [this] { ++quits; });
         view->show();
@@ -42,7 +42,7 @@ struct Stage {
 } // namespace
 
 TEST(SetupViewTest, ListsTheStepsAndTheirStates) {
-    Stage stage({firefox, chromium});
+    Stage stage({"Firefox", "Chromium"});
     EXPECT_EQ(
         accessibleLines(*stage.view),
         lines({"Text orvanta", "Text CONFIGURAÇÃO 0/2", "Text Iniciar ao entrar",
@@ -53,9 +53,9 @@ TEST(SetupViewTest, ListsTheStepsAndTheirStates) {
                "Button Sites no Chromium: Permitir ler o domínio da aba ativa", "Button Sair"}));
     EXPECT_EQ(stage.view->size(), QSize(320, 352));
 
-    stage.desk.login = LoginItem::Status::requiresApproval;
-    stage.desk.decisions = {{firefox.id, AutomationPermission::permitted},
-                            {chromium.id, AutomationPermission::refused}};
+    stage.desk.login.current = LoginItem::Status::requiresApproval;
+    stage.desk.automation.decisions = {{1, AutomationPermission::permitted},
+                                       {2, AutomationPermission::refused}};
     stage.desk.loop.advance(1);
     EXPECT_EQ(accessibleLines(*stage.view),
               lines({"Text orvanta", "Text CONFIGURAÇÃO 1/2", "Text Iniciar ao entrar",
@@ -75,15 +75,15 @@ TEST(SetupViewTest, ListsTheStepsAndTheirStates) {
 }
 
 TEST(SetupViewTest, AButtonDoesItsStepAndKeepsTheKeyboard) {
-    Stage stage({firefox});
+    Stage stage({"Firefox"});
     QApplication::setActiveWindow(stage.view.get());
     QTest::keyClick(stage.view.get(), Qt::Key_Tab);
     auto* const button =
         named<GridButton>(*stage.view, "Sites no Firefox: Permitir ler o domínio da aba ativa");
     button->setFocus(Qt::TabFocusReason);
     QTest::keyClick(button, Qt::Key_Return);
-    EXPECT_EQ(stage.desk.asked, lines({"permission firefox"}));
-    stage.desk.decisions[firefox.id] = AutomationPermission::refused;
+    EXPECT_EQ(stage.desk.automation.log, lines({"ask 1"}));
+    stage.desk.automation.decisions[1] = AutomationPermission::refused;
     stage.desk.loop.advance(1);
     EXPECT_TRUE(button->hasFocus());
     EXPECT_EQ(button->toolTip(), QStringLiteral("Ativar o orvanta nos Ajustes do Sistema"));
@@ -93,11 +93,7 @@ TEST(SetupViewTest, AButtonDoesItsStepAndKeepsTheKeyboard) {
 }
 
 TEST(SetupViewTest, MoreStepsThanFitAreReachedByTheKeyboard) {
-    std::vector<Browser> browsers{firefox};
-    for (const char* id : {"a", "b", "c", "d"}) {
-        browsers.push_back({QString::fromLatin1(id), QString::fromLatin1(id), false});
-    }
-    Stage stage(browsers);
+    Stage stage({"Firefox", "a", "b", "c", "d"});
     auto* const last =
         named<GridButton>(*stage.view, "Sites no d: Permitir ler o domínio da aba ativa");
     EXPECT_TRUE(last->visibleRegion().isEmpty());
