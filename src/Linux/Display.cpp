@@ -19,12 +19,16 @@ bool hasDisplay() {
     return connected;
 }
 
-void ignoreRootWindowProperties() {
+xcb_connection_t* qtX11Connection() {
     const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (x11 == nullptr) {
+    return x11 != nullptr ? x11->connection() : nullptr;
+}
+
+void ignoreRootWindowProperties() {
+    xcb_connection_t* connection = qtX11Connection();
+    if (connection == nullptr) {
         return;
     }
-    xcb_connection_t* connection = x11->connection();
     for (auto screen = xcb_setup_roots_iterator(xcb_get_setup(connection)); screen.rem > 0;
          xcb_screen_next(&screen)) {
         const xcb_window_t root = screen.data->root;

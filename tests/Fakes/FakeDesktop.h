@@ -99,6 +99,7 @@ public:
         pressHandler = std::move(handler);
         return std::make_unique<PressMonitor>(*this);
     }
+    void keepInactive(QWindow& /*window*/) override {}
     void activate(QWindow& window) override {
         log.append(QStringLiteral("activate ") + window.title());
     }

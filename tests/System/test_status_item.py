@@ -7,21 +7,7 @@ import time
 import case
 import desktop
 import panels
-
-PRODUCTION = (64, 194, 74)
-SECONDARY = (142, 142, 147)
-
-
-def ink(place, panel, colour):
-    """Where the panel has this colour: the midst of it, or nothing."""
-    left, top, width, height = panel.area
-    path = place.folder / "area.ppm"
-    place.run("scrot", "--overwrite", "--autoselect", f"{left},{top},{width},{height}", str(path))
-    pixels = path.read_bytes()[-3 * width * height:]
-    found = [(left + i % width, top + i // width) for i in range(width * height)
-             if all(abs(a - b) <= 12 for a, b in zip(pixels[3 * i:3 * i + 3], colour))]
-    # A few pixels may be anything.
-    return found[len(found) // 2] if len(found) >= 20 else None
+from status_area import PRODUCTION, SECONDARY, click, ink
 
 
 def registered_items(place):
@@ -29,10 +15,6 @@ def registered_items(place):
     return re.findall(r"'([^']*)'", place.read(
         "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "org.kde.StatusNotifierWatcher",
         "RegisteredStatusNotifierItems"))
-
-
-def click(place, position, button):
-    place.run("xdotool", "mousemove", *map(str, position), "click", str(button))
 
 
 def choose(place, position, key):

@@ -1,5 +1,6 @@
 #include "Linux/StatusNotifier/SystemTray.h"
 
+#include "Linux/Display.h"
 #include "Linux/StatusNotifier/StatusImage.h"
 #include "Linux/Windows/X11Reply.h"
 
@@ -13,18 +14,9 @@
 
 namespace orvanta {
 
-namespace {
-
-xcb_connection_t* qtsConnection() {
-    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    return x11 != nullptr ? x11->connection() : nullptr;
-}
-
-} // namespace
-
 SystemTrayManager::SystemTrayManager(std::function<void()> appeared)
     : appeared_(std::move(appeared))
-    , connection_(qtsConnection()) {
+    , connection_(qtX11Connection()) {
     if (connection_ != nullptr) {
         manager_ = internAtom(connection_, "MANAGER");
         // As Qt does; a second screen of the old kind has no tray.
@@ -73,7 +65,9 @@ EmbeddedStatusItem::EmbeddedStatusItem(const StatusItem::Handlers& handlers)
     });
     QObject::connect(&icon_, &QSystemTrayIcon::activated, &icon_,
                      [this](QSystemTrayIcon::ActivationReason reason) {
-                         if (reason == QSystemTrayIcon::Trigger) {
+                         // The second of two quick clicks is a click, too.
+                         if (reason == QSystemTrayIcon::Trigger ||
+                             reason == QSystemTrayIcon::DoubleClick) {
                              const QRect place = icon_.geometry();
                              handlers_.activate(place.isValid() ? std::optional(place.center())
                                                                 : std::nullopt);

@@ -1,0 +1,58 @@
+#include "Views/PopoverPlace.h"
+
+#include <gtest/gtest.h>
+
+using namespace orvanta;
+
+namespace {
+
+constexpr QSize size{320, 352};
+const QRect monitor(0, 0, 1280, 800);
+
+ScreenArea screen(int left, int top, int right, int bottom) {
+    return {monitor, monitor.adjusted(left, top, -right, -bottom)};
+}
+
+} // namespace
+
+TEST(PopoverPlaceTest, ItLiesAtTheClickAndInsideTheWorkArea) {
+    const struct {
+        const char* what;
+        ScreenArea screen;
+        std::optional<QPoint> clicked;
+        QPoint place;
+    } rows[]{
+        {"panel above", screen(0, 28, 0, 0), QPoint(700, 14), {540, 28}},
+        {"panel above, at its end", screen(0, 28, 0, 0), QPoint(1270, 14), {960, 28}},
+        {"panel above, at its beginning", screen(0, 28, 0, 0), QPoint(3, 14), {0, 28}},
+        {"panel below", screen(0, 0, 0, 40), QPoint(1000, 780), {840, 408}},
+        {"panel before", screen(64, 0, 0, 0), QPoint(32, 700), {64, 448}},
+        {"panel after", screen(0, 0, 64, 0), QPoint(1250, 100), {896, 0}},
+        {"no panel, room below", screen(0, 0, 0, 0), QPoint(600, 100), {440, 112}},
+        {"no panel, no room below", screen(0, 0, 0, 0), QPoint(600, 700), {440, 336}},
+        {"outside of every monitor", screen(0, 28, 0, 0), QPoint(5000, -90), {960, 28}},
+        {"no click, panel above", screen(0, 28, 0, 0), {}, {960, 28}},
+        {"no click, panel below", screen(0, 0, 0, 40), {}, {960, 408}},
+        {"no click, two panels", screen(0, 24, 0, 48), {}, {960, 400}},
+        {"no click, panel before", screen(64, 0, 0, 0), {}, {64, 0}},
+        {"no click, no panel", screen(0, 0, 0, 0), {}, {960, 0}},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(popoverPlace(row.clicked, {row.screen}, size), row.place) << row.what;
+    }
+}
+
+TEST(PopoverPlaceTest, ItStaysOnTheMonitorOfTheClick) {
+    const std::vector<ScreenArea> screens{
+        {QRect(0, 0, 1280, 800), QRect(0, 28, 1280, 772)},
+        {QRect(1280, -200, 1920, 1080), QRect(1280, -200, 1920, 1040)},
+    };
+    EXPECT_EQ(popoverPlace(QPoint(1279, 14), screens, size), QPoint(960, 28));
+    EXPECT_EQ(popoverPlace(QPoint(1281, 870), screens, size), QPoint(1280, 488));
+    EXPECT_EQ(popoverPlace({}, screens, size), QPoint(960, 28));
+
+    // What is larger than the area begins where it begins.
+    EXPECT_EQ(popoverPlace(QPoint(10, 10), {{QRect(0, 0, 300, 200), QRect(0, 20, 300, 180)}}, size),
+              QPoint(0, 20));
+    EXPECT_EQ(popoverPlace(QPoint(10, 10), {}, size), QPoint(10, 10));
+}
