@@ -1,0 +1,198 @@
+"""What `cmake --install` and packaging/register put where, and that the program works from there."""
+
+import base64
+import hashlib
+import json
+import os
+import pathlib
+import signal
+import subprocess
+import tempfile
+import unittest
+
+import desktop
+
+BUILD = pathlib.Path(os.environ["ORVANTA_BUILD"])
+SOURCES = pathlib.Path(__file__).parents[2]
+NAME = "com.brindlework.orvanta"
+ENTRY = f"share/applications/{NAME}.desktop"
+ICONS = {f"share/icons/hicolor/scalable/apps/{NAME}.svg",
+         f"share/icons/hicolor/symbolic/apps/{NAME}-symbolic.svg"}
+EXTENSION = {path.name for path in (SOURCES / "browser" / "extension").iterdir()}
+BELOW_ANY_PREFIX = {
+    "bin/orvanta", "bin/orvanta-browser-host", ENTRY, *ICONS, f"share/metainfo/{NAME}.metainfo.xml",
+    "share/orvanta/browser/orvanta.crx", "share/orvanta/browser/orvanta.xpi",
+    *(f"share/orvanta/browser/extension/{name}" for name in EXTENSION)}
+
+
+def run(*command, **environment):
+    result = subprocess.run([str(word) for word in command], capture_output=True, text=True,
+                            env={"PATH": os.environ["PATH"], "LANG": "C.UTF-8", **environment})
+    if result.returncode != 0:
+        raise AssertionError(f"{command}: {result.stdout}{result.stderr}")
+    return result.stdout
+
+
+def install(prefix, destination=""):
+    run(os.environ["ORVANTA_CMAKE"], "--install", BUILD, "--prefix", prefix,
+        DESTDIR=str(destination))
+
+
+def files_in(folder):
+    return {str(path.relative_to(folder)) for path in folder.rglob("*") if not path.is_dir()}
+
+
+def values_of(entry):
+    return dict(line.split("=", 1) for line in entry.read_text().splitlines() if "=" in line)
+
+
+class InFolder(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="orvanta-installation-")
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def assert_valid_entry(self, entry):
+        said = subprocess.run(["desktop-file-validate", entry], capture_output=True, text=True)
+        # The validator of Debian 12 does not know this key of version 1.5 yet.
+        complaints = [line for line in (said.stdout + said.stderr).splitlines()
+                      if 'key "SingleMainWindow"' not in line]
+        self.assertEqual(complaints, [])
+
+
+class Files(InFolder):
+    def test_for_everybody(self):
+        install("/usr", self.folder)
+        gecko_folder = "usr/share/mozilla/extensions/{ec8030f7-c20a-464f-9b0e-13a3a9e97384}"
+        extension = json.loads((SOURCES / "browser/extension/manifest.json").read_text())
+        gecko_id = extension["browser_specific_settings"]["gecko"]["id"]
+        package = f"{gecko_folder}/{gecko_id}.xpi"
+        manifests = {f"etc/chromium/native-messaging-hosts/{NAME}.json",
+                     f"usr/lib/mozilla/native-messaging-hosts/{NAME}.json"}
+        self.assertEqual(files_in(self.folder), {
+            *(f"usr/{path}" for path in BELOW_ANY_PREFIX), package, *manifests,
+            *(f"usr/share/chromium/extensions/orvanta/{name}" for name in EXTENSION)})
+        for path in files_in(self.folder):
+            mode = 0o755 if path.startswith("usr/bin/") else 0o644
+            self.assertEqual((self.folder / path).stat().st_mode & 0o7777, mode, path)
+
+        digits = hashlib.sha256(base64.b64decode(extension["key"])).hexdigest()[:32]
+        chromium_id = "".join(chr(ord("a") + int(digit, 16)) for digit in digits)
+        common = {"name": NAME, "description": "Orvanta", "type": "stdio",
+                  "path": "/usr/bin/orvanta-browser-host"}
+        own = {"etc": {"allowed_origins": [f"chrome-extension://{chromium_id}/"]},
+               "usr": {"allowed_extensions": [gecko_id]}}
+        for path in manifests:
+            self.assertEqual(json.loads((self.folder / path).read_text()),
+                             common | own[path.split("/")[0]])
+        self.assertEqual((self.folder / package).read_bytes(),
+                         (BUILD / "browser/orvanta.xpi").read_bytes())
+
+        entry = self.folder / "usr" / ENTRY
+        self.assert_valid_entry(entry)
+        self.assertEqual(values_of(entry)["Exec"], "/usr/bin/orvanta")
+        run("appstreamcli", "validate", "--no-net",
+            self.folder / f"usr/share/metainfo/{NAME}.metainfo.xml")
+        for icon in ICONS:
+            for size in (16, 256):
+                run("rsvg-convert", "-w", size, "-h", size, "-o", self.folder / "drawn.png",
+                    self.folder / "usr" / icon)
+
+    def test_elsewhere_nothing_leaves_the_prefix(self):
+        install("/opt/orvanta", self.folder)
+        self.assertEqual(files_in(self.folder), {f"opt/orvanta/{path}" for path in BELOW_ANY_PREFIX})
+
+
+class Registration(InFolder):
+    def setUp(self):
+        super().setUp()
+        self.data = self.folder / "data"
+
+    def register(self, *arguments):
+        return run(SOURCES / "packaging/register", *arguments, HOME=str(self.folder / "home"),
+                   XDG_DATA_HOME=str(self.data))
+
+    def test_it_is_made_once_and_undone_by_who_made_it(self):
+        program = BUILD / "orvanta"
+        self.assertIn(str(self.data), self.register(program))
+        registered = {path.removeprefix("share/") for path in (ENTRY, *ICONS)}
+        self.assertEqual(files_in(self.data), registered)
+        entry = self.data / ENTRY.removeprefix("share/")
+        self.assert_valid_entry(entry)
+        self.assertEqual(values_of(entry)["Exec"], str(program))
+        self.assertEqual(self.register(program), "")
+
+        other = self.folder / "another one's" / "orvanta"
+        self.assertEqual(self.register("--undo", other), "")
+        self.assertEqual(files_in(self.data), registered)
+        self.assertIn(str(self.data), self.register(other))
+        self.assertEqual(values_of(entry)["Exec"], f'"{other}"')
+        self.assertIn(str(self.data), self.register("--undo", other))
+        self.assertEqual(list(self.data.iterdir()), [])
+        self.assertEqual(self.register("--undo", other), "")
+
+    def test_without_a_data_folder_of_its_own_it_is_in_the_home_folder(self):
+        self.data = "relative"
+        self.register(BUILD / "orvanta")
+        self.assertTrue((self.folder / "home/.local" / ENTRY).exists())
+
+
+class Installed(InFolder):
+    def setUp(self):
+        super().setUp()
+        desktop.end_on_signals()
+        self.prefix = self.folder / "a person's $place \"own\""
+        self.prefix.mkdir()
+        install(self.prefix)
+        self.desktop = desktop.Desktop()
+        self.addCleanup(self.desktop.close)
+        self.desktop.open()
+
+    def process(self):
+        """The number of the process that runs the installed program."""
+        for process in pathlib.Path("/proc").glob("[0-9]*"):
+            try:
+                if (process / "exe").readlink() == self.prefix / "bin/orvanta":
+                    return int(process.name)
+            except OSError:
+                continue
+        return None
+
+    def test_it_starts_from_its_entry_and_finds_its_host(self):
+        entry = self.prefix / ENTRY
+        self.assert_valid_entry(entry)
+
+        # Where no store can be made, it says so in a window. The entry must name that as its own.
+        orvanta = desktop.Orvanta(self.desktop, self.prefix / "bin/orvanta")
+        orvanta.store.path.mkdir(parents=True)
+        orvanta.start()
+        window = desktop.wait_until(self.desktop.windows, "a window")[0]
+        self.assertIn(f'"{values_of(entry)["StartupWMClass"]}"',
+                      self.desktop.run("xprop", "-id", str(window), "WM_CLASS"))
+        orvanta.process.kill()
+        orvanta.wait()
+        orvanta.store.path.rmdir()
+
+        # To a browser that the person agreed to, it says some seconds after its start where the
+        # host is now.
+        configuration = pathlib.Path(self.desktop.environment["XDG_CONFIG_HOME"])
+        (configuration / "chromium").mkdir()
+        (configuration / f"{NAME}.automation.plist").write_text(
+            '<plist version="1.0"><dict><key>agreed</key><array><string>chromium</string></array>'
+            "</dict></plist>")
+        self.desktop.spawn(["gio", "launch", str(entry)])
+        process = desktop.wait_until(self.process, "the program of the entry")
+        manifest = configuration / f"chromium/NativeMessagingHosts/{NAME}.json"
+        desktop.wait_until(manifest.exists, "a manifest")
+        host = pathlib.Path(json.loads(manifest.read_text())["path"])
+        self.assertEqual(host, self.prefix / "bin/orvanta-browser-host")
+        self.assertTrue(os.access(host, os.X_OK))
+        os.kill(process, signal.SIGTERM)
+        desktop.wait_until(lambda: self.process() is None, "the program's end")
+        self.assertEqual(orvanta.store.rows("PRAGMA integrity_check"), [("ok",)])
+
+
+if __name__ == "__main__":
+    unittest.main()
