@@ -5,14 +5,15 @@ foreach(folder IN ITEMS programs data)
 endforeach()
 
 set(program "${programs}/orvanta")
-set(entry "${made}/com.brindlework.orvanta.desktop")
-include("${CMAKE_CURRENT_LIST_DIR}/desktop_entry.cmake")
-file(INSTALL "${entry}" DESTINATION "${data}/applications")
-
 if("$ENV{DESTDIR}" STREQUAL "")
+    # KWin compares it with what /proc says of the program.
+    file(REAL_PATH "${program}" program)
     # What was cached of the icons is older from now on.
     file(TOUCH "${data}/icons/hicolor")
 endif()
+set(entry "${made}/com.brindlework.orvanta.desktop")
+include("${CMAKE_CURRENT_LIST_DIR}/desktop_entry.cmake")
+file(INSTALL "${entry}" DESTINATION "${data}/applications")
 
 # Browsers look for what is there for everybody in these places only. With any other prefix each
 # person is asked, and has the same in a folder of their own.

@@ -12,7 +12,7 @@ import unittest
 
 import desktop
 
-BUILD = pathlib.Path(os.environ["ORVANTA_BUILD"])
+BUILD = pathlib.Path(os.environ["ORVANTA_BUILD"]).resolve()
 SOURCES = pathlib.Path(__file__).parents[2]
 NAME = "com.brindlework.orvanta"
 ENTRY = f"share/applications/{NAME}.desktop"
@@ -52,7 +52,7 @@ class InFolder(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory(prefix="orvanta-installation-")
         self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
+        self.folder = pathlib.Path(folder.name).resolve()
 
     def assert_valid_entry(self, entry):
         said = subprocess.run(["desktop-file-validate", entry], capture_output=True, text=True)
