@@ -50,7 +50,7 @@ protected:
 
     XServer server;
     XClient client{server};
-    Program windowManager{u"env"_s, onThisServer({u"openbox"_s})};
+    Program windowManager{u"env"_s, onThisServer({u"openbox"_s, u"--sm-disable"_s})};
     const QTemporaryDir folder;
     DesktopEntries entries{{folder.path()}};
     HandMainLoop loop;
@@ -64,6 +64,8 @@ protected:
 };
 
 TEST_F(X11WindowHiderTest, TheWindowsOfWhatWasStartedAreIconifiedAndNoOthers) {
+    ASSERT_TRUE(
+        eventually([this] { return !client.words(client.root(), "_NET_SUPPORTED").empty(); }));
     const Program other(u"env"_s, onThisServer({u"xterm"_s}));
     ASSERT_TRUE(eventually([this] { return windows() == std::pair(1, 0); }));
     // The first window is of a child, as where a script starts a browser.
