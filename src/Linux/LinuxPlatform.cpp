@@ -122,6 +122,17 @@ LinuxPlatform::makeAutomation(std::function<QStringList(const QString&)> load,
                                         workspace_.ownBundleIdentifier()),
         .load = std::move(load),
         .store = std::move(store),
+        .browsers =
+            [this] {
+                QStringList identifiers;
+                for (const QString& location :
+                     bundles_.applicationsToOpen(QStringLiteral("https:"))) {
+                    if (const auto entry = entries_.at(location)) {
+                        identifiers += entry->id;
+                    }
+                }
+                return identifiers;
+            },
         .name =
             [this](const QString& identifier) {
                 const auto location = bundles_.locationOfApplication(identifier);
@@ -131,7 +142,9 @@ LinuxPlatform::makeAutomation(std::function<QStringList(const QString&)> load,
             {.home = QDir::homePath(),
              .configHome = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
              .hostExecutable = host,
-             .packageFolder = packageFolder()})});
+             .packageFolder = packageFolder()}),
+        .entries = entries_,
+        .display = xDisplay().value_or(QByteArray())});
 }
 
 } // namespace orvanta

@@ -82,4 +82,9 @@ void BrowserPreparation::withdraw(const QString& bundleIdentifier) const {
     }
 }
 
+bool BrowserPreparation::hasExtension(const QString& bundleIdentifier) const {
+    const auto folder = folderOf(bundleIdentifier);
+    return folder && extension_.isInPlace(*folder);
+}
+
 } // namespace orvanta

@@ -27,6 +27,8 @@ public:
     /// What was prepared once and may have moved since: where the host is.
     void renew(const QString& bundleIdentifier) const;
     void withdraw(const QString& bundleIdentifier) const;
+    /// Whether the browser finds the extension at its next start. Looks at the disk.
+    bool hasExtension(const QString& bundleIdentifier) const;
 
     /// Where the browser of this identifier keeps what is the person's; absent when it is none that
     /// is known, or was never used.

@@ -41,6 +41,10 @@ bool ExtensionInstallation::isInstalledForEverybody(const BrowserFolder& browser
            QFileInfo(systemFolder_ + QStringLiteral("/chromium/extensions/orvanta")).isDir();
 }
 
+bool ExtensionInstallation::isInPlace(const BrowserFolder& browser) const {
+    return isInstalledForEverybody(browser) || QFileInfo(path(browser)).isFile();
+}
+
 ExtensionInstallation::Result ExtensionInstallation::install(const BrowserFolder& browser) const {
     if (isInstalledForEverybody(browser)) {
         return {Outcome::Installed};

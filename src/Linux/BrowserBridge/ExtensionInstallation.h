@@ -40,6 +40,9 @@ public:
 
     Result install(const BrowserFolder& browser) const;
 
+    /// Whether the browser finds it at its next start, as far as the disk tells.
+    bool isInPlace(const BrowserFolder& browser) const;
+
     /// Takes away what install() put there. What is installed for everybody stays.
     std::optional<FileProblem> remove(const BrowserFolder& browser) const;
 

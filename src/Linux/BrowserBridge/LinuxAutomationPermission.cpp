@@ -42,7 +42,6 @@ int LinuxAutomationPermission::determine(const EventDescriptor& target, FourChar
     case Decision::Refused:
         return refused;
     case Decision::Agreed:
-        break;
     case Decision::Undecided:
         if (askUser) {
             surroundings_.ask(identifier);
@@ -68,7 +67,9 @@ bool LinuxAutomationPermission::isConnected(const QString& bundleIdentifier) con
 }
 
 void LinuxAutomationPermission::agree(const QString& bundleIdentifier) {
-    decide(bundleIdentifier, isConnected(bundleIdentifier) ? Decision::Allowed : Decision::Agreed);
+    const bool isAllowed =
+        decision(bundleIdentifier) == Decision::Allowed || isConnected(bundleIdentifier);
+    decide(bundleIdentifier, isAllowed ? Decision::Allowed : Decision::Agreed);
 }
 
 void LinuxAutomationPermission::refuse(const QString& bundleIdentifier) {

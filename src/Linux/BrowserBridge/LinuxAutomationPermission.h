@@ -26,7 +26,8 @@ public:
         /// Sorted lists of bundle identifiers under "allowed", "agreed" and "refused".
         std::function<QStringList(const QString& key)> load;
         std::function<void(const QString& key, const QStringList& identifiers)> store;
-        /// Shows the question; whoever shows it answers by `agree`, `refuse` or not at all.
+        /// Shows the question, or what is left to do of a browser that was agreed to; whoever shows
+        /// it answers by `agree`, `refuse` or not at all.
         std::function<void(const QString& bundleIdentifier)> ask;
         /// The application of a process; empty when unknown.
         std::function<QString(qint64 process)> bundleIdentifier;
@@ -41,6 +42,7 @@ public:
     Decision decision(const QString& bundleIdentifier) const;
     bool isConnected(const QString& bundleIdentifier) const;
 
+    /// What is allowed already stays so.
     void agree(const QString& bundleIdentifier);
     void refuse(const QString& bundleIdentifier);
 

@@ -48,7 +48,7 @@ PermissionPrompt::PermissionPrompt(const QString& browser, Actions actions)
                        "exemplo.org: nunca a página, o que se digita ou janelas anônimas. Nada sai "
                        "deste computador."));
     connect(buttons_->addButton(QStringLiteral("Permitir"), QDialogButtonBox::AcceptRole),
-            &QPushButton::clicked, this, &PermissionPrompt::agreed);
+            &QPushButton::clicked, this, &PermissionPrompt::conclude);
     connect(buttons_->addButton(QStringLiteral("Não permitir"), QDialogButtonBox::DestructiveRole),
             &QPushButton::clicked, this, [this] {
                 actions_.refuse();
@@ -56,7 +56,7 @@ PermissionPrompt::PermissionPrompt(const QString& browser, Actions actions)
             });
 }
 
-void PermissionPrompt::agreed() {
+void PermissionPrompt::conclude() {
     const Preparation preparation = actions_.agree();
     buttons_->clear();
     switch (preparation.next) {

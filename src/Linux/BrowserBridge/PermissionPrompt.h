@@ -41,8 +41,10 @@ public:
     /// `browser` is its name. The dialogue deletes itself when it is closed.
     PermissionPrompt(const QString& browser, Actions actions);
 
+    /// Goes on as if the person had agreed just now: says what is left to do.
+    void conclude();
+
 private:
-    void agreed();
     void say(const QString& text, const QString& detail);
     /// `steps` has %1 where the folder is named.
     void sayByHand(const QString& folder, const QString& steps);

@@ -1,0 +1,274 @@
+#include "Linux/BrowserBridge/AutomationWindow.h"
+
+#include "BrowserHostEnd.h"
+#include "Eventually.h"
+#include "Fakes/FakeWorkspace.h"
+#include "Fakes/HandMainLoop.h"
+#include "Fakes/QtPrinters.h"
+#include "Linux/BrowserBridge/LinuxAutomation.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QLabel>
+#include <QPointer>
+#include <QPushButton>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <map>
+#include <memory>
+
+namespace orvanta {
+
+namespace {
+
+using namespace Qt::StringLiterals;
+using Decision = LinuxAutomationPermission::Decision;
+using Missing = AutomationWindow::Missing;
+
+/// All that is visible, in reading order.
+QStringList texts(const QWidget& window) {
+    QStringList all;
+    for (const QLabel* label : window.findChildren<QLabel*>()) {
+        if (label->isVisibleTo(&window)) {
+            all.append(label->text());
+        }
+    }
+    return all;
+}
+
+QPushButton* button(const QWidget& window, const QString& accessibleName) {
+    for (QPushButton* each : window.findChildren<QPushButton*>()) {
+        if (each->accessibleName() == accessibleName && each->isVisibleTo(&window)) {
+            return each;
+        }
+    }
+    return nullptr;
+}
+
+template <typename T>
+T* shown() {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (auto* window = qobject_cast<T*>(widget); window && window->isVisible()) {
+            return window;
+        }
+    }
+    return nullptr;
+}
+
+TEST(AutomationWindowTest, ARowSaysTheDecisionAndWhatIsMissing) {
+    const struct {
+        Decision decision;
+        Missing missing;
+        QString text;
+        QString allow;
+        bool canRefuse;
+    } rows[] = {
+        {Decision::Undecided, Missing::Extension, u"Ainda não decidido"_s, u"Permitir…"_s, true},
+        {Decision::Refused, Missing::Nothing, u"Não permitido"_s, u"Permitir…"_s, false},
+        {Decision::Agreed, Missing::Extension, u"Permitido · falta a extensão no navegador"_s,
+         u"Concluir…"_s, true},
+        {Decision::Agreed, Missing::Restart, u"Permitido · reinicie o navegador para conectar"_s,
+         u"Concluir…"_s, true},
+        {Decision::Allowed, Missing::Start, u"Permitido · abra o navegador para conectar"_s,
+         u"Concluir…"_s, true},
+        {Decision::Allowed, Missing::Nothing, u"Permitido · conectado"_s, {}, true},
+    };
+    std::vector<AutomationWindow::Row> shownRows{{u"a"_s, u"<b>A</b>"_s, {}, {}}};
+    QStringList done;
+    AutomationWindow window({[&] { return shownRows; },
+                             [&](const QString& identifier) { done += u"allow "_s + identifier; },
+                             [&](const QString& identifier) {
+                                 done += u"refuse "_s + identifier;
+                             }});
+    window.setAttribute(Qt::WA_DeleteOnClose, false);
+    window.show();
+    EXPECT_EQ(window.windowTitle(), u"Automação"_s);
+    for (const auto& row : rows) {
+        shownRows.front().decision = row.decision;
+        shownRows.front().missing = row.missing;
+        window.refresh();
+        EXPECT_EQ(texts(window).sliced(1), (QStringList{u"<b>A</b>"_s, row.text}));
+        for (const QString& allow : {u"Permitir…"_s, u"Concluir…"_s}) {
+            EXPECT_EQ(button(window, allow + u" — <b>A</b>"_s) != nullptr, allow == row.allow);
+        }
+        EXPECT_EQ(button(window, u"Não permitir — <b>A</b>"_s) != nullptr, row.canRefuse);
+    }
+
+    // The keyboard goes on beside a button that has done its work.
+    auto* refuse = button(window, u"Não permitir — <b>A</b>"_s);
+    refuse->setFocus();
+    refuse->click();
+    shownRows.front().decision = Decision::Refused;
+    shownRows.push_back({u"b"_s, u"B"_s, {}, {}});
+    window.refresh();
+    button(window, u"Permitir… — B"_s)->click();
+    EXPECT_EQ(done, (QStringList{u"refuse a"_s, u"allow b"_s}));
+    auto* allow = button(window, u"Permitir… — B"_s);
+    allow->setFocus();
+    shownRows[1] = {u"b"_s, u"B"_s, Decision::Allowed, {}};
+    window.refresh();
+    EXPECT_EQ(window.focusWidget(), button(window, u"Não permitir — B"_s));
+
+    shownRows.clear();
+    window.refresh();
+    window.refresh();
+    EXPECT_EQ(texts(window).sliced(1),
+              QStringList{u"Nenhum navegador compatível foi encontrado."_s});
+}
+
+/// A person's files, one browser that is a program which sleeps, and its hosts.
+class LinuxAutomationTest : public testing::Test {
+protected:
+    LinuxAutomationTest() {
+        write(u"entries/chromium.desktop"_s,
+              "[Desktop Entry]\nType=Application\nName=Chromium\nExec=sleep 60\n");
+        write(u"config/chromium/Local State"_s, "{}");
+        write(u"package/orvanta.crx"_s, "package");
+        automation = std::make_unique<LinuxAutomation>(LinuxAutomation::Surroundings{
+            .transport = {workspace, center, loop, [this] { return loop.now(); },
+                          [] {
+                              return false;
+                          }},
+            .bridge = {socket, host, folder.filePath(u"proc"_s)},
+            .identity =
+                ApplicationIdentity(entries, ::getpid(), u"own"_s, folder.filePath(u"proc"_s)),
+            .load = [this](const QString& key) { return lists[key]; },
+            .store = [this](const QString& key, const QStringList& list) { lists[key] = list; },
+            .browsers = [] { return QStringList{u"chromium"_s}; },
+            .name = [](const QString&) { return u"Chromium"_s; },
+            .preparation = BrowserPreparation({.home = folder.filePath(u"home"_s),
+                                               .configHome = folder.filePath(u"config"_s),
+                                               .hostExecutable = host,
+                                               .packageFolder = folder.filePath(u"package"_s)}),
+            .entries = entries,
+            .display = {}});
+    }
+    ~LinuxAutomationTest() override {
+        automation.reset();
+        if (process > 0) {
+            ::kill(static_cast<pid_t>(process), SIGKILL);
+        }
+    }
+
+    void write(const QString& name, const QByteArray& content) const {
+        const QString path = folder.filePath(name);
+        QDir().mkpath(QFileInfo(path).path());
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(content);
+    }
+    /// The browser runs, and whoever calls the bridge was started by it.
+    void launch() {
+        automation->launcher().openApplication(
+            folder.filePath(u"entries/chromium.desktop"_s), {}, [this] {
+                const auto instances = automation->runningApplications().instances(u"chromium"_s);
+                ASSERT_EQ(instances.size(), 1U);
+                process = instances.front().processIdentifier;
+            });
+        const QString own = u"proc/%1/"_s.arg(::getpid());
+        write(own + u"stat"_s, "1 (host) S " + QByteArray::number(process) + " 1");
+        QFile::link(host, folder.filePath(own + u"exe"_s));
+    }
+    int determine(bool askUser) {
+        return automation->permission().determine(
+            EventDescriptor::processIdentifier(static_cast<int>(process)), fourCharCode("core"),
+            fourCharCode("getd"), askUser);
+    }
+    static QString status() {
+        const auto* window = shown<AutomationWindow>();
+        return window ? texts(*window).value(2) : QString();
+    }
+    static void click(const QWidget* window, const QString& text) {
+        ASSERT_TRUE(window);
+        for (QPushButton* each : window->findChildren<QPushButton*>()) {
+            if (each->text() == text && each->isVisibleTo(window)) {
+                each->click();
+                return;
+            }
+        }
+        ADD_FAILURE() << qPrintable(text);
+    }
+
+    const QTemporaryDir folder;
+    const QString socket = folder.filePath(u"runtime/browsers"_s);
+    const QString host = u"/opt/orvanta/orvanta-browser-host"_s;
+    HandMainLoop loop;
+    FakeWorkspace workspace;
+    NotificationCenter center;
+    DesktopEntries entries{{folder.filePath(u"entries"_s)}};
+    std::map<QString, QStringList> lists;
+    std::unique_ptr<LinuxAutomation> automation;
+    qint64 process = 0;
+};
+
+TEST_F(LinuxAutomationTest, TheWindowFollowsABrowserFromTheQuestionToItsConnection) {
+    const QString settings =
+        u"x-apple.systempreferences:com.apple.preference.security?Privacy_Automation"_s;
+    EXPECT_TRUE(automation->launcher().open(settings));
+    const QPointer<AutomationWindow> window = shown<AutomationWindow>();
+    EXPECT_TRUE(automation->launcher().open(settings));
+    EXPECT_EQ(shown<AutomationWindow>(), window);
+    EXPECT_EQ(status(), u"Ainda não decidido"_s);
+
+    click(window, u"Permitir…"_s);
+    click(shown<PermissionPrompt>(), u"Permitir"_s);
+    EXPECT_EQ(status(), u"Permitido · abra o navegador para conectar"_s);
+    click(shown<PermissionPrompt>(), u"OK"_s);
+    launch();
+    window->refresh();
+    EXPECT_EQ(status(), u"Permitido · reinicie o navegador para conectar"_s);
+    {
+        const Host connected(socket);
+        EXPECT_EQ(status(), u"Permitido · conectado"_s);
+    }
+    settle();
+    EXPECT_EQ(status(), u"Permitido · reinicie o navegador para conectar"_s);
+    EXPECT_EQ(determine(false), AutomationPermission::permitted);
+
+    click(window, u"Não permitir"_s);
+    EXPECT_EQ(status(), u"Não permitido"_s);
+    EXPECT_EQ(determine(true), AutomationPermission::refused);
+    EXPECT_EQ(QDir(folder.filePath(u"config/chromium"_s))
+                  .entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot),
+              QStringList{u"Local State"_s})
+        << "what was put into the browser is gone";
+    window->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_FALSE(window);
+}
+
+TEST_F(LinuxAutomationTest, ABrowserThatWasAgreedToAndDoesNotCallIsToldWhatIsLeft) {
+    launch();
+    EXPECT_EQ(determine(true), AutomationPermission::undecided);
+    const QPointer<PermissionPrompt> prompt = shown<PermissionPrompt>();
+    ASSERT_TRUE(prompt);
+    prompt->showMinimized();
+    EXPECT_EQ(determine(true), AutomationPermission::undecided);
+    EXPECT_EQ(shown<PermissionPrompt>(), prompt);
+    EXPECT_FALSE(prompt->isMinimized()) << "asked again, it comes to the front";
+    click(prompt, u"Permitir"_s);
+    prompt->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+
+    EXPECT_EQ(determine(false), AutomationPermission::undecided);
+    EXPECT_FALSE(shown<PermissionPrompt>());
+    QDir(folder.filePath(u"config/chromium/External Extensions"_s)).removeRecursively();
+    automation->showWindow();
+    EXPECT_EQ(status(), u"Permitido · falta a extensão no navegador"_s);
+    EXPECT_EQ(determine(true), AutomationPermission::undecided);
+    ASSERT_TRUE(shown<PermissionPrompt>());
+    EXPECT_EQ(texts(*shown<PermissionPrompt>()).value(0), u"Reinicie o Chromium para concluir."_s);
+    shown<AutomationWindow>()->refresh();
+    EXPECT_EQ(status(), u"Permitido · reinicie o navegador para conectar"_s);
+    const Host connected(socket);
+    EXPECT_FALSE(shown<PermissionPrompt>()) << "nothing is left";
+    automation->ask(u"chromium"_s);
+    EXPECT_FALSE(shown<PermissionPrompt>());
+}
+
+} // namespace
+
+} // namespace orvanta

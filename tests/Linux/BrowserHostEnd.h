@@ -1,0 +1,75 @@
+#pragma once
+
+#include "Linux/BrowserBridge/FrameReader.h"
+
+#include <QByteArray>
+#include <QCoreApplication>
+#include <QFile>
+#include <QString>
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace orvanta {
+
+inline void settle() {
+    constexpr int steps = 20;
+    for (int i = 0; i < steps; ++i) {
+        QCoreApplication::processEvents();
+    }
+}
+
+/// The other end of a connection.
+class Host {
+public:
+    explicit Host(const QString& path)
+        : socket_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        qstrncpy(address.sun_path, QFile::encodeName(path).constData(), sizeof address.sun_path);
+        EXPECT_EQ(::connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        settle();
+    }
+    ~Host() { ::close(socket_); }
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+    void send(const QByteArray& bytes) {
+        const auto size = static_cast<std::size_t>(bytes.size());
+        EXPECT_EQ(::send(socket_, bytes.constData(), size, MSG_NOSIGNAL), bytes.size());
+        settle();
+    }
+    void say(const QByteArray& json) {
+        const FrameHeader header = frameHeader(static_cast<std::size_t>(json.size()));
+        send(QByteArray(header.data(), header.size()) + json);
+    }
+    void say(const char* origin, bool focused, int answer = 0) {
+        say(QByteArray("{\"v\":1,\"origin\":") +
+            (origin ? '"' + QByteArray(origin) + '"' : "null") +
+            ",\"focused\":" + (focused ? "true" : "false") +
+            (answer != 0 ? ",\"answer\":" + QByteArray::number(answer) : QByteArray()) + '}');
+    }
+
+    /// How often it was asked since the last look.
+    int questions() {
+        settle();
+        QByteArray bytes(4096, '\0');
+        const ssize_t size = ::recv(socket_, bytes.data(), 4096, 0);
+        return size > 0 ? static_cast<int>(bytes.first(size).count("\"ask\"")) : 0;
+    }
+    bool isClosed() {
+        settle();
+        char byte = 0;
+        const ssize_t size = ::recv(socket_, &byte, 1, MSG_PEEK);
+        return size == 0 || (size < 0 && errno == ECONNRESET);
+    }
+
+private:
+    int socket_;
+};
+
+} // namespace orvanta
