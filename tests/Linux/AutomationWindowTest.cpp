@@ -70,10 +70,10 @@ TEST(AutomationWindowTest, ARowSaysTheDecisionAndWhatIsMissing) {
         {Decision::Refused, Missing::Nothing, u"Não permitido"_s, u"Permitir…"_s, false},
         {Decision::Agreed, Missing::Extension, u"Permitido · falta a extensão no navegador"_s,
          u"Concluir…"_s, true},
-        {Decision::Agreed, Missing::Restart, u"Permitido · reinicie o navegador para conectar"_s,
-         u"Concluir…"_s, true},
-        {Decision::Allowed, Missing::Start, u"Permitido · abra o navegador para conectar"_s,
-         u"Concluir…"_s, true},
+        {Decision::Agreed, Missing::Restart, u"Permitido · reinicie o navegador"_s, u"Concluir…"_s,
+         true},
+        {Decision::Allowed, Missing::Start, u"Permitido · abra o navegador"_s, u"Concluir…"_s,
+         true},
         {Decision::Allowed, Missing::Nothing, u"Permitido · conectado"_s, {}, true},
     };
     std::vector<AutomationWindow::Row> shownRows{{u"a"_s, u"<b>A</b>"_s, {}, {}}};
@@ -215,17 +215,17 @@ TEST_F(LinuxAutomationTest, TheWindowFollowsABrowserFromTheQuestionToItsConnecti
 
     click(window, u"Permitir…"_s);
     click(shown<PermissionPrompt>(), u"Permitir"_s);
-    EXPECT_EQ(status(), u"Permitido · abra o navegador para conectar"_s);
+    EXPECT_EQ(status(), u"Permitido · abra o navegador"_s);
     click(shown<PermissionPrompt>(), u"OK"_s);
     launch();
     window->refresh();
-    EXPECT_EQ(status(), u"Permitido · reinicie o navegador para conectar"_s);
+    EXPECT_EQ(status(), u"Permitido · reinicie o navegador"_s);
     {
         const Host connected(socket);
         EXPECT_EQ(status(), u"Permitido · conectado"_s);
     }
     settle();
-    EXPECT_EQ(status(), u"Permitido · reinicie o navegador para conectar"_s);
+    EXPECT_EQ(status(), u"Permitido · reinicie o navegador"_s);
     EXPECT_EQ(determine(false), AutomationPermission::permitted);
 
     click(window, u"Não permitir"_s);
@@ -262,7 +262,7 @@ TEST_F(LinuxAutomationTest, ABrowserThatWasAgreedToAndDoesNotCallIsToldWhatIsLef
     ASSERT_TRUE(shown<PermissionPrompt>());
     EXPECT_EQ(texts(*shown<PermissionPrompt>()).value(0), u"Reinicie o Chromium para concluir."_s);
     shown<AutomationWindow>()->refresh();
-    EXPECT_EQ(status(), u"Permitido · reinicie o navegador para conectar"_s);
+    EXPECT_EQ(status(), u"Permitido · reinicie o navegador"_s);
     const Host connected(socket);
     EXPECT_FALSE(shown<PermissionPrompt>()) << "nothing is left";
     automation->ask(u"chromium"_s);

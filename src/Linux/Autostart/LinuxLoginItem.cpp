@@ -210,7 +210,10 @@ void LinuxLoginItem::explain() {
     switch (found.status) {
     case Status::enabled:
         text = QStringLiteral("O orvanta é aberto quando você entra.");
-        detail = QStringLiteral("Para que deixe de ser, apague este arquivo:\n%1").arg(found.path);
+        detail =
+            QStringLiteral("Para que deixe de ser, desative “Iniciar ao entrar” nos ajustes do "
+                           "orvanta. Quem o abre é este arquivo:\n%1")
+                .arg(found.path);
         break;
     case Status::requiresApproval:
         text = QStringLiteral("O orvanta está desativado entre os programas abertos quando você "

@@ -30,9 +30,9 @@ QString statusText(const AutomationWindow::Row& row) {
     case Missing::Extension:
         return QStringLiteral("Permitido · falta a extensão no navegador");
     case Missing::Start:
-        return QStringLiteral("Permitido · abra o navegador para conectar");
+        return QStringLiteral("Permitido · abra o navegador");
     case Missing::Restart:
-        return QStringLiteral("Permitido · reinicie o navegador para conectar");
+        return QStringLiteral("Permitido · reinicie o navegador");
     case Missing::Nothing:
         break;
     }

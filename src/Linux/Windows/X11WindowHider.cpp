@@ -14,7 +14,11 @@ namespace orvanta {
 
 namespace {
 
+constexpr uint32_t normalState = 1;
 constexpr uint32_t iconicState = 3;
+
+/// Browsers ask to be activated when they have come up, which brings their window back.
+constexpr int mostTimes = 5;
 
 constexpr uint32_t longestClientList = 16384; // in 32-bit units
 
@@ -89,9 +93,14 @@ void X11WindowHider::read() {
         if (change->window == root_ && change->atom == clientList_) {
             look();
         } else if (change->atom == state_) {
-            isHidden = isHidden || isIconified(change->window);
+            const uint32_t state = stateOf(change->window);
+            isHidden = isHidden || state == iconicState;
+            if (state == normalState) {
+                iconify(change->window);
+            }
         }
     }
+    xcb_flush(connection_.get());
     if (xcb_connection_has_error(connection_.get()) != 0) {
         readable_->setEnabled(false); // A closed socket stays readable.
     }
@@ -112,6 +121,7 @@ void X11WindowHider::look() {
     }
     for (const auto& [window, cookie] : fresh) {
         if (isOurs(firstNumber(c, cookie))) {
+            watch(window);
             iconify(window);
         }
     }
@@ -129,7 +139,9 @@ bool X11WindowHider::isOurs(qint64 process) const {
 }
 
 void X11WindowHider::iconify(xcb_window_t window) {
-    watch(window);
+    if (++times_[window] > mostTimes) {
+        return;
+    }
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;
@@ -141,9 +153,8 @@ void X11WindowHider::iconify(xcb_window_t window) {
                    reinterpret_cast<const char*>(&message));
 }
 
-bool X11WindowHider::isIconified(xcb_window_t window) const {
-    return firstNumber(connection_.get(), request(connection_.get(), window, state_, state_, 1)) ==
-           iconicState;
+uint32_t X11WindowHider::stateOf(xcb_window_t window) const {
+    return firstNumber(connection_.get(), request(connection_.get(), window, state_, state_, 1));
 }
 
 } // namespace orvanta

@@ -4,7 +4,9 @@
 
 #include <xcb/xcb.h>
 
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <set>
 
@@ -12,9 +14,10 @@ class QSocketNotifier;
 
 namespace orvanta {
 
-/// Iconifies each window of a process and its children once, as it appears, as long as this lives:
-/// a client message WM_CHANGE_STATE to the window manager (ICCCM 4.1.4) for what _NET_CLIENT_LIST
-/// shows with such a _NET_WM_PID (Extended Window Manager Hints 1.5). Over a connection of its own.
+/// Iconifies the windows of a process and its children as they appear, and again when they come
+/// back by themselves, as long as this lives: a client message WM_CHANGE_STATE to the window
+/// manager (ICCCM 4.1.4) for what _NET_CLIENT_LIST shows with such a _NET_WM_PID (Extended Window
+/// Manager Hints 1.5). Over a connection of its own.
 class X11WindowHider final {
 public:
     /// Null when there is no such server. `hidden` is called when the window manager has iconified
@@ -37,7 +40,7 @@ private:
     void look();
     bool isOurs(qint64 process) const;
     void iconify(xcb_window_t window);
-    bool isIconified(xcb_window_t window) const;
+    std::uint32_t stateOf(xcb_window_t window) const;
     void watch(xcb_window_t window) const;
 
     Connection connection_;
@@ -49,6 +52,7 @@ private:
     xcb_atom_t state_;
     xcb_atom_t changeState_;
     std::set<xcb_window_t> seen_;
+    std::map<xcb_window_t, int> times_; ///< that each was iconified
     std::unique_ptr<QSocketNotifier> readable_;
 };
 
