@@ -1,24 +1,28 @@
-#include "AppDelegate.h"
+#include "App/AppDelegate.h"
 
-#include "Linux/LinuxPlatform.h"
-#include "Linux/SystemClock.h"
+#include "App/AboutPanel.h"
+#include "App/MainMenu.h"
+#include "App/SettingsWindow.h"
 #include "Model/ActivityStore.h"
 #include "Model/PreferencesMigration.h"
+#include "Platform/Appearance.h"
 #include "Platform/Bundles.h"
 #include "Platform/Workspace.h"
 #include "Tracking/Classification.h"
 #include "Tracking/FrontmostProbe.h"
+#include "Views/PanelRoot.h"
+#include "Views/PopoverPlace.h"
 #include "Views/Text/StatusText.h"
 #include "Views/Text/WindowWatchingText.h"
 
-#include <QCoreApplication>
-#include <QLocale>
+#include <QApplication>
 #include <QMessageBox>
-#include <QStandardPaths>
 
 #include <malloc.h>
 
+#include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace orvanta {
 
@@ -28,91 +32,140 @@ const auto domain = QStringLiteral("com.brindlework.orvanta");
 const auto olderDomain = QStringLiteral("com.local.Orvanta");
 const auto automationDomain = QStringLiteral("com.brindlework.orvanta.automation");
 
-QString configurationFolder() {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
-}
+/// When the desktop has come up, and before anybody looks at the history.
+constexpr MainLoop::Duration afterLaunch{5};
 
-int firstWeekday() {
-    return QLocale::system().firstDayOfWeek() % 7 + 1; // Qt counts from Monday, 1.
+/// The desktop needs a moment to say what is in front once the settings are gone.
+constexpr MainLoop::Duration afterSettings{0.2};
+
+/// For whom a setup waits that is not looked at. Finding the installed browsers reads some hundred
+/// files, and the setup asks for them every second.
+constexpr double browsersStay = 60; // s
+
+/// A press that closed the popover and a click that is reported within so long, so near to it, are
+/// one and the same.
+constexpr double longestClick = 1;
+constexpr int sameSpot = 16;
+
+/// Whether the point is on what panels have taken of a monitor.
+bool isOverPanel(QPoint point, const std::vector<ScreenArea>& screens) {
+    return std::ranges::any_of(screens, [point](const ScreenArea& screen) {
+        return screen.geometry.contains(point) && !screen.workArea.contains(point);
+    });
 }
 
 } // namespace
 
-AppDelegate::AppDelegate(LinuxPlatform& platform)
-    : platform_(platform)
-    , defaults_(configurationFolder(), domain)
-    , calendar_(QTimeZone::systemTimeZone(), firstWeekday())
-    , automationDefaults_(configurationFolder(), automationDomain) {}
+AppDelegate::AppDelegate(Surroundings surroundings)
+    : surroundings_(std::move(surroundings))
+    , desktop_(surroundings_.desktop)
+    , platform_(desktop_.platform())
+    , defaults_(surroundings_.configurationFolder, domain)
+    , automationDefaults_(surroundings_.configurationFolder, automationDomain)
+    , calendar_(surroundings_.calendar)
+    , popover_(platform_.mainLoop) {
+    connect(&popover_, &Popover::didClose, this, &AppDelegate::popoverDidClose);
+}
 
-AppDelegate::~AppDelegate() = default;
+AppDelegate::~AppDelegate() {
+    popover_.close();
+}
 
 bool AppDelegate::applicationDidFinishLaunching() {
     PreferencesMigration::migrate(defaults_, olderDomain, domain);
 
     try {
-        container_ = ActivityStore::open(
-            QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
+        container_ = ActivityStore::open(surroundings_.dataFolder);
     } catch (const ModelError& error) {
-        QMessageBox alert(QMessageBox::Critical, QStringLiteral("orvanta"),
-                          QStringLiteral("Não foi possível abrir os dados do orvanta"));
-        alert.setInformativeText(error.localizedDescription());
-        alert.exec();
+        surroundings_.alert(QStringLiteral("Não foi possível abrir os dados do orvanta"),
+                            error.localizedDescription());
         return false;
     }
 
-    automation_ = platform_.makeAutomation(
-        [this](const QString& key) {
-            return automationDefaults_.stringArray(key).value_or(QStringList());
-        },
-        [this](const QString& key, const QStringList& identifiers) {
-            automationDefaults_.setStringArray(key, identifiers);
-        });
-    const Bundles& bundles = platform_.bundles();
+    const Bundles& bundles = desktop_.bundles();
+    automation_ = desktop_.makeAutomation(
+        {.load =
+             [this](const QString& key) {
+                 return automationDefaults_.stringArray(key).value_or(QStringList());
+             },
+         .store =
+             [this](const QString& key, const QStringList& identifiers) {
+                 automationDefaults_.setStringArray(key, identifiers);
+             },
+         .browsers =
+             [&bundles] {
+                 QStringList identifiers;
+                 for (const Browser& browser : Browser::installed(bundles)) {
+                     identifiers.append(browser.id);
+                 }
+                 return identifiers;
+             }});
     reader_ = std::make_unique<BrowserReader>(bundles, automation_->runningApplications(),
                                               automation_->transport(), automation_->permission(),
                                               Classification::host);
-
-    const Platform platform = platform_.platform();
     tracker_ = std::make_unique<Tracker>(
         container_->mainContext(), *reader_, defaults_,
-        [&bundles](const QString& id) { return BrowserDialect::of(id, bundles); }, systemUptime,
-        [] { return Date::from(std::chrono::system_clock::now()); }, calendar_,
-        [&workspace = platform.workspace] { return frontmostFocus(workspace); }, platform);
+        [&bundles](const QString& id) { return BrowserDialect::of(id, bundles); },
+        [this] { return desktop_.uptime(); }, [this] { return Date::from(platform_.systemTime()); },
+        calendar_, [this] { return frontmostFocus(platform_.workspace); }, platform_);
 
-    status_ = platform_.makeStatusItem({.activate = [](std::optional<QPoint>) {},
-                                        .menu =
-                                            [this] {
-                                                return statusMenu();
-                                            }});
+    status_ = desktop_.makeStatusItem(
+        {.activate = [this](std::optional<QPoint> place) { togglePopover(place); },
+         .menu = [this] { return statusMenu(); },
+         .menuWillOpen =
+             [this] {
+                 popover_.close();
+             }});
     connect(tracker_.get(), &Tracker::revisionChanged, this, &AppDelegate::updateStatus);
     updateStatus();
 
-    connect(&platform_, &LinuxPlatform::timeZoneChanged, this,
+    setup_ =
+        std::make_unique<Setup>([this] { return enabledBrowsers(); }, defaults_, setupSystem());
+    connect(&desktop_, &Desktop::timeZoneChanged, this,
             [this](const QTimeZone& zone) { calendar_.setTimeZone(zone); });
     tracker_->start();
-    platform_.startPresence();
-    // When the desktop has come up, and before anybody looks at the history.
-    constexpr MainLoop::Duration later{5};
-    historyTimer_ = platform.mainLoop.once(later, [this] {
+    desktop_.startPresence();
+    setup_->onGrant = [this] {
+        showPopover();
+    };
+    if (!setup_->isReady()) {
+        setupTimer_ =
+            platform_.mainLoop.once(MainLoop::Duration::zero(), [this] { showPopover(); });
+    }
+
+    historyTimer_ = platform_.mainLoop.once(afterLaunch, [this] {
         tracker_->completeHistory();
         automation_->renewPreparations();
         ::malloc_trim(0); // What reading took and no one needs any more goes back to the system.
     });
-
-    connect(&platform_, &LinuxPlatform::windowWatchingChanged, this,
-            &AppDelegate::windowWatchingChanged);
+    connect(&desktop_, &Desktop::windowWatchingChanged, this, &AppDelegate::windowWatchingChanged);
     windowWatchingChanged();
     return true;
 }
 
-void AppDelegate::applicationWillTerminate() {
+bool AppDelegate::applicationShouldHandleReopen() {
+    if (settingsWindow_ && settingsWindow_->isVisible()) { // Also when it is minimised.
+        showSettings();
+    } else if (status_ && !status_->isShown()) {
+        showPopover(true);
+    }
+    windowWatchingChanged();
+    return false;
+}
+
+void AppDelegate::save() {
     if (tracker_) {
-        tracker_->stop();
+        tracker_->refreshFocus();
+        tracker_->save();
     }
 }
 
-void AppDelegate::applicationWasStartedAgain() {
-    windowWatchingChanged();
+void AppDelegate::applicationWillTerminate() {
+    popover_.close();
+    stopPopoverDismissalMonitoring();
+    if (tracker_) {
+        tracker_->stop();
+    }
 }
 
 void AppDelegate::updateStatus() {
@@ -131,16 +184,170 @@ void AppDelegate::updateStatus() {
     }
 }
 
-std::vector<StatusMenuItem> AppDelegate::statusMenu() const {
-    return {{QStringLiteral("Sair do orvanta"), [] { QCoreApplication::quit(); }, {}}};
+std::vector<StatusMenuItem> AppDelegate::statusMenu() {
+    return {{.text = QStringLiteral("Mostrar todos"),
+             .action = [this] { toggleShowAll(); },
+             .checked = tracker_->showAllActivities()},
+            {},
+            {.text = QStringLiteral("Ajustes…"),
+             .action = [this] { showSettings(); },
+             .keyEquivalent = QLatin1Char(',')},
+            {},
+            {.text = QStringLiteral("Sair do orvanta"),
+             .action = surroundings_.terminate,
+             .keyEquivalent = QLatin1Char('q')}};
+}
+
+Setup::System AppDelegate::setupSystem() {
+    return {.loginItem = desktop_.loginItem(),
+            .bundles = desktop_.bundles(),
+            .runningApplications = automation_->runningApplications(),
+            .permission = automation_->permission(),
+            .launcher = automation_->launcher(),
+            .mainLoop = platform_.mainLoop};
+}
+
+std::vector<Browser> AppDelegate::enabledBrowsers() {
+    const double now = desktop_.uptime();
+    if (!browsersRead_ || now - *browsersRead_ >= browsersStay) {
+        browsersRead_ = now;
+        browsers_ = Browser::installed(desktop_.bundles());
+    }
+    std::vector<Browser> browsers = browsers_;
+    std::erase_if(browsers, [this](const Browser& browser) {
+        return tracker_->disabledBrowsers().contains(browser.id);
+    });
+    return browsers;
+}
+
+void AppDelegate::toggleShowAll() {
+    tracker_->setShowAllActivities(!tracker_->showAllActivities());
+}
+
+void AppDelegate::togglePopover(std::optional<QPoint> place) {
+    if (popover_.isVisible()) {
+        popover_.close();
+        return;
+    }
+    const QPoint pointer = desktop_.pointerPosition();
+    const auto press = std::exchange(closingPress_, std::nullopt);
+    if (press && desktop_.uptime() - press->uptime < longestClick &&
+        (pointer - press->place).manhattanLength() < sameSpot) {
+        return;
+    }
+    // Panels do not agree on the pixels they count in; who clicked has the pointer there.
+    if (isOverPanel(pointer, desktop_.screenAreas())) {
+        clicked_ = pointer;
+    } else if (place) {
+        clicked_ = place;
+    }
+    showPopover(true);
+}
+
+/// `isAsked`: whether a person did something just now that opens it.
+void AppDelegate::showPopover(bool isAsked) {
+    if (popover_.isVisible()) {
+        return;
+    }
+    browsersRead_.reset();
+    tracker_->setInspecting(true);
+    startPopoverDismissalMonitoring();
+    auto content = std::make_unique<PanelRoot>(
+        *setup_, PanelSurroundings{.tracker = *tracker_,
+                                   .calendar = calendar_,
+                                   .appearance = desktop_.appearance(),
+                                   .mainLoop = platform_.mainLoop,
+                                   .openSettings = [this] { showSettings(); },
+                                   .quit = surroundings_.terminate,
+                                   .desktopProblem =
+                                       [this] {
+                                           return windowWatchingText(desktop_.windowWatching());
+                                       }});
+    popover_.winId(); // Its native window is made now, if it never was.
+    desktop_.keepInactive(*popover_.windowHandle());
+    popover_.open(std::move(content),
+                  {.place = popoverPlace(clicked_, desktop_.screenAreas(), Popover::contentSize),
+                   .takesKeyboard = isAsked,
+                   .leavesPointer = outsideClickMonitor_ != nullptr});
+}
+
+void AppDelegate::popoverDidClose() {
+    stopPopoverDismissalMonitoring();
+    tracker_->setInspecting(false);
+}
+
+void AppDelegate::startPopoverDismissalMonitoring() {
+    stopPopoverDismissalMonitoring();
+    outsideClickMonitor_ =
+        desktop_.addGlobalMonitorForMouseDowns([this](QPoint place) { mousePressed(place); });
+    appActivationObserver_ = platform_.workspaceNotifications.addObserver(
+        Notification::DidActivateApplication, [this] { applicationActivated(); });
+}
+
+void AppDelegate::stopPopoverDismissalMonitoring() {
+    outsideClickMonitor_.reset();
+    if (const auto observer = std::exchange(appActivationObserver_, std::nullopt)) {
+        platform_.workspaceNotifications.removeObserver(*observer);
+    }
+}
+
+void AppDelegate::mousePressed(QPoint place) {
+    const QWidget* menu = QApplication::activePopupWidget();
+    if (popover_.geometry().contains(place) ||
+        (menu != nullptr && menu->geometry().contains(place))) {
+        return;
+    }
+    closingPress_ = {place, desktop_.uptime()};
+    popover_.close();
+}
+
+void AppDelegate::applicationActivated() {
+    const RunningApplication* front = platform_.workspace.frontmostApplication();
+    if (front != nullptr && front->bundleIdentifier != platform_.workspace.ownBundleIdentifier()) {
+        popover_.close();
+    }
+}
+
+void AppDelegate::showSettings() {
+    if (!settingsWindow_) {
+        settingsWindow_ = std::make_unique<SettingsWindow>(new QWidget);
+        installEditMenu(*settingsWindow_);
+        connect(settingsWindow_.get(), &SettingsWindow::willClose, this,
+                &AppDelegate::windowWillClose);
+        if (const auto screens = desktop_.screenAreas(); !screens.empty()) {
+            settingsWindow_->centre(screens.front().workArea);
+        }
+    }
+    popover_.close();
+    tracker_->setInspecting(false);
+    settingsWindow_->setWindowState(settingsWindow_->windowState() & ~Qt::WindowMinimized);
+    settingsWindow_->show();
+    settingsWindow_->raise();
+    desktop_.activate(*settingsWindow_->windowHandle());
+    tracker_->refreshFocus();
+}
+
+void AppDelegate::installEditMenu(SettingsWindow& window) {
+    installMainMenu(window, {.showAbout =
+                                 [&window] {
+                                     auto* about = window.findChild<AboutPanel*>();
+                                     (about != nullptr ? about : new AboutPanel(&window))->show();
+                                 },
+                             .showSettings = [this] { showSettings(); },
+                             .terminate = surroundings_.terminate});
+}
+
+void AppDelegate::windowWillClose() {
+    tracker_->setInspecting(false);
+    refreshTimer_ = platform_.mainLoop.once(afterSettings, [this] { tracker_->refreshFocus(); });
 }
 
 void AppDelegate::windowWatchingChanged() {
-    const WindowWatcher::State state = platform_.windowWatching();
-    if (state == WindowWatcher::State::Ended) {
+    const WindowWatching state = desktop_.windowWatching();
+    if (state == WindowWatching::Ended) {
         // There is no display left to say it on.
         qInfo("%s", qUtf8Printable(windowWatchingText(state)));
-        QCoreApplication::quit();
+        surroundings_.terminate();
     } else if (const QString text = windowWatchingText(state); !text.isEmpty()) {
         auto* message = new QMessageBox(QMessageBox::Information, QStringLiteral("orvanta"), text);
         message->setAttribute(Qt::WA_DeleteOnClose);

@@ -1,10 +1,13 @@
-#include "AppDelegate.h"
+#include "App/AppDelegate.h"
 #include "Linux/Display.h"
 #include "Linux/LinuxPlatform.h"
 #include "Linux/SingleInstance.h"
 #include "Linux/TerminationSignals.h"
 
 #include <QApplication>
+#include <QLocale>
+#include <QMessageBox>
+#include <QSessionManager>
 #include <QStandardPaths>
 
 #include <cstdio>
@@ -23,6 +26,16 @@ void terminate() {
     }
 }
 
+int firstWeekday() {
+    return QLocale::system().firstDayOfWeek() % 7 + 1; // Qt counts from Monday, 1.
+}
+
+void alert(const QString& message, const QString& informativeText) {
+    QMessageBox box(QMessageBox::Critical, QStringLiteral("orvanta"), message);
+    box.setInformativeText(informativeText);
+    box.exec();
+}
+
 } // namespace
 
 int main(int argc, char* argv[]) {
@@ -31,14 +44,14 @@ int main(int argc, char* argv[]) {
         return EXIT_FAILURE;
     }
     // Where the desktop is GTK's, Qt would load GTK to look like it: 43 MB and a tenth of a second.
-    const QByteArray desktop = qgetenv("XDG_CURRENT_DESKTOP");
-    const bool isQtDesktop = desktop.contains("KDE") || desktop.contains("LXQt");
+    const QByteArray currentDesktop = qgetenv("XDG_CURRENT_DESKTOP");
+    const bool isQtDesktop = currentDesktop.contains("KDE") || currentDesktop.contains("LXQt");
     if (!isQtDesktop) {
         qunsetenv("XDG_CURRENT_DESKTOP");
     }
     QApplication application(argc, argv);
-    if (!isQtDesktop && !desktop.isEmpty()) {
-        qputenv("XDG_CURRENT_DESKTOP", desktop);
+    if (!isQtDesktop && !currentDesktop.isEmpty()) {
+        qputenv("XDG_CURRENT_DESKTOP", currentDesktop);
     }
     orvanta::ignoreRootWindowProperties();
     QApplication::setApplicationName(QStringLiteral("orvanta"));
@@ -50,10 +63,11 @@ int main(int argc, char* argv[]) {
     QObject::connect(&signals, &orvanta::TerminationSignals::received, &application,
                      &QCoreApplication::quit);
 
-    orvanta::SingleInstance instance(
-        QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
-            QStringLiteral("/com.brindlework.orvanta"),
-        QStringLiteral("com.brindlework.orvanta"), QDBusConnection::sessionBus());
+    using Paths = QStandardPaths;
+    orvanta::SingleInstance instance(Paths::writableLocation(Paths::GenericDataLocation) +
+                                         QStringLiteral("/com.brindlework.orvanta"),
+                                     QStringLiteral("com.brindlework.orvanta"),
+                                     QDBusConnection::sessionBus());
     if (!instance.isFirst()) {
         instance.handOver([](bool answered) {
             if (!answered) {
@@ -64,12 +78,26 @@ int main(int argc, char* argv[]) {
         return QApplication::exec();
     }
 
-    orvanta::LinuxPlatform platform;
-    orvanta::AppDelegate delegate(platform);
+    orvanta::LinuxPlatform desktop;
+    orvanta::AppDelegate delegate(
+        {.desktop = desktop,
+         .configurationFolder = Paths::writableLocation(Paths::GenericConfigLocation),
+         .dataFolder = Paths::writableLocation(Paths::GenericDataLocation),
+         .calendar = orvanta::Calendar(QTimeZone::systemTimeZone(), firstWeekday()),
+         .alert = alert,
+         .terminate = [] {
+             QCoreApplication::quit();
+         }});
     if (!delegate.applicationDidFinishLaunching()) {
         return EXIT_FAILURE;
     }
-    instance.listen([&delegate] { delegate.applicationWasStartedAgain(); });
+    instance.listen([&delegate] { delegate.applicationShouldHandleReopen(); });
+    QObject::connect(&application, &QGuiApplication::commitDataRequest, &delegate,
+                     [&delegate](QSessionManager& session) {
+                         // At login it is the login item that starts it.
+                         session.setRestartHint(QSessionManager::RestartNever);
+                         delegate.save();
+                     });
     running = &delegate;
     std::atexit(terminate);
     const int result = QApplication::exec();

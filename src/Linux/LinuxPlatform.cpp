@@ -1,13 +1,20 @@
 #include "Linux/LinuxPlatform.h"
 
+#include "Linux/BrowserBridge/LinuxAutomation.h"
+#include "Linux/Display.h"
+#include "Linux/Screens.h"
 #include "Linux/StatusNotifier/LinuxStatusItem.h"
 #include "Linux/SystemClock.h"
+#include "Linux/Windows/X11MouseMonitor.h"
+#include "Linux/Windows/X11Screens.h"
 #include "Linux/Windows/X11WindowWatcher.h"
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QCursor>
 #include <QDBusConnection>
 #include <QDir>
 #include <QStandardPaths>
+#include <QWindow>
 
 #include <chrono>
 #include <csignal>
@@ -56,11 +63,12 @@ LinuxPlatform::LinuxPlatform()
     , entries_(QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation))
     , bundles_(entries_, LinuxBundles::Places::ofThisProcess())
     , workspace_(*watcher_, entries_, workspaceNotifications_, QCoreApplication::applicationPid(),
-                 QStringLiteral("com.brindlework.orvanta")) {
+                 QStringLiteral("com.brindlework.orvanta"))
+    , loginItem_(LinuxLoginItem::Places::ofThisProcess())
+    , appearance_(QDBusConnection::sessionBus(), mainLoop_) {
     // libxcb writes to a server that may have died since the last event.
     std::signal(SIGPIPE, SIG_IGN);
-    connect(watcher_.get(), &WindowWatcher::stateChanged, this,
-            &LinuxPlatform::windowWatchingChanged);
+    connect(watcher_.get(), &WindowWatcher::stateChanged, this, &Desktop::windowWatchingChanged);
 }
 
 LinuxPlatform::~LinuxPlatform() = default;
@@ -86,7 +94,7 @@ void LinuxPlatform::startPresence() {
     // Qt reads the link anew each time; under TZ it never changes.
     dayChange_ = std::make_unique<DayChange>(
         DayChange::Surroundings{[] { return QTimeZone::systemTimeZone(); }, "/etc/localtime"});
-    connect(dayChange_.get(), &DayChange::timeZoneChanged, this, &LinuxPlatform::timeZoneChanged);
+    connect(dayChange_.get(), &DayChange::timeZoneChanged, this, &Desktop::timeZoneChanged);
     connect(dayChange_.get(), &DayChange::dayChanged, this,
             [this] { defaultNotifications_.post(Notification::CalendarDayChanged); });
     dayChange_->start();
@@ -100,9 +108,38 @@ std::unique_ptr<StatusItem> LinuxPlatform::makeStatusItem(StatusItem::Handlers h
         mainLoop_);
 }
 
-std::unique_ptr<LinuxAutomation>
-LinuxPlatform::makeAutomation(std::function<QStringList(const QString&)> load,
-                              std::function<void(const QString&, const QStringList&)> store) {
+double LinuxPlatform::uptime() const {
+    return systemUptime();
+}
+
+std::vector<ScreenArea> LinuxPlatform::screenAreas() const {
+    return orvanta::screenAreas();
+}
+
+QPoint LinuxPlatform::pointerPosition() const {
+    return QCursor::pos();
+}
+
+std::unique_ptr<EventMonitor>
+LinuxPlatform::addGlobalMonitorForMouseDowns(std::function<void(QPoint)> handler) {
+    return X11MouseMonitor::open(xDisplay().value_or(QByteArray()),
+                                 [handler = std::move(handler)] { handler(QCursor::pos()); });
+}
+
+void LinuxPlatform::keepInactive(QWindow& window) {
+    if (qtX11Connection() != nullptr) {
+        focusFilter_.apply(static_cast<std::uint32_t>(window.winId()));
+    }
+}
+
+void LinuxPlatform::activate(QWindow& window) {
+    window.requestActivate();
+    if (xcb_connection_t* connection = qtX11Connection()) {
+        activateX11Window(connection, static_cast<unsigned>(window.winId()));
+    }
+}
+
+std::unique_ptr<Automation> LinuxPlatform::makeAutomation(AutomationDecisions decisions) {
     const QString host =
         QCoreApplication::applicationDirPath() + QStringLiteral("/orvanta-browser-host");
     // The variable itself: what stands in for it where it is not set, the host does not know.
@@ -111,8 +148,9 @@ LinuxPlatform::makeAutomation(std::function<QStringList(const QString&)> load,
         .transport = {workspace_, workspaceNotifications_, mainLoop_, systemUptime,
                       [this] {
                           const RunningApplication* front = workspace_.frontmostApplication();
-                          return front &&
-                                 front->bundleIdentifier == workspace_.ownBundleIdentifier();
+                          return QApplication::activePopupWidget() != nullptr ||
+                                 (front &&
+                                  front->bundleIdentifier == workspace_.ownBundleIdentifier());
                       }},
         .bridge = {.socket = runtime.isEmpty()
                                  ? QString()
@@ -120,19 +158,9 @@ LinuxPlatform::makeAutomation(std::function<QStringList(const QString&)> load,
                    .hostExecutable = host},
         .identity = ApplicationIdentity(entries_, QCoreApplication::applicationPid(),
                                         workspace_.ownBundleIdentifier()),
-        .load = std::move(load),
-        .store = std::move(store),
-        .browsers =
-            [this] {
-                QStringList identifiers;
-                for (const QString& location :
-                     bundles_.applicationsToOpen(QStringLiteral("https:"))) {
-                    if (const auto entry = entries_.at(location)) {
-                        identifiers += entry->id;
-                    }
-                }
-                return identifiers;
-            },
+        .load = std::move(decisions.load),
+        .store = std::move(decisions.store),
+        .browsers = std::move(decisions.browsers),
         .name =
             [this](const QString& identifier) {
                 const auto location = bundles_.locationOfApplication(identifier);

@@ -1,0 +1,31 @@
+#include "App/SettingsWindow.h"
+
+#include <QCloseEvent>
+#include <QLayout>
+
+namespace orvanta {
+
+SettingsWindow::SettingsWindow(QWidget* content)
+    : QMainWindow(nullptr, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                               Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
+                               Qt::WindowCloseButtonHint) {
+    setWindowTitle(QStringLiteral("Ajustes do orvanta"));
+    content->setFixedSize(contentSize);
+    setCentralWidget(content);
+    layout()->setSizeConstraint(QLayout::SetFixedSize);
+}
+
+void SettingsWindow::centre(const QRect& area) {
+    QRect frame(QPoint(), sizeHint());
+    frame.moveCenter(area.center());
+    move(frame.topLeft());
+}
+
+void SettingsWindow::closeEvent(QCloseEvent* event) {
+    QMainWindow::closeEvent(event);
+    if (event->isAccepted()) {
+        Q_EMIT willClose();
+    }
+}
+
+} // namespace orvanta

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QMainWindow>
+
+namespace orvanta {
+
+/// The frame of the settings: a window that is as large as they are, with a menu bar above them.
+class SettingsWindow final : public QMainWindow {
+    Q_OBJECT
+
+public:
+    /// Of what is in it, in device-independent pixels.
+    static constexpr QSize contentSize{564, 454};
+
+    /// Takes the content over.
+    explicit SettingsWindow(QWidget* content);
+
+    /// In the middle of this area.
+    void centre(const QRect& area);
+
+Q_SIGNALS:
+    void willClose();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+};
+
+} // namespace orvanta
