@@ -63,16 +63,15 @@ EmbeddedStatusItem::EmbeddedStatusItem(const StatusItem::Handlers& handlers)
         }
         fillMenu();
     });
-    QObject::connect(&icon_, &QSystemTrayIcon::activated, &icon_,
-                     [this](QSystemTrayIcon::ActivationReason reason) {
-                         // The second of two quick clicks is a click, too.
-                         if (reason == QSystemTrayIcon::Trigger ||
-                             reason == QSystemTrayIcon::DoubleClick) {
-                             const QRect place = icon_.geometry();
-                             handlers_.activate(place.isValid() ? std::optional(place.center())
-                                                                : std::nullopt);
-                         }
-                     });
+    QObject::connect(
+        &icon_, &QSystemTrayIcon::activated, &icon_,
+        [this](QSystemTrayIcon::ActivationReason reason) {
+            // The second of two quick clicks is a click, too.
+            if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick) {
+                const QRect place = icon_.geometry();
+                handlers_.activate(place.isValid() ? std::optional(place.center()) : std::nullopt);
+            }
+        });
     icon_.setContextMenu(&menu_);
 }
 
