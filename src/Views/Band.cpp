@@ -39,10 +39,19 @@ void TextBand::setTexts(const QString& leading, const QString& trailing) {
     if (leading == leading_ && trailing == trailing_) {
         return;
     }
+    const auto trailingX = [this] {
+        return width() - cellPadding - fontMetrics().horizontalAdvance(trailing_);
+    };
+    const int formerX = trailingX();
+    const bool isOnlyTrailing = leading == leading_;
     leading_ = leading;
     trailing_ = trailing;
     setAccessibleName(trailing.isEmpty() ? leading : leading + u' ' + trailing);
-    update();
+    if (isOnlyTrailing && trailingX() == formerX) {
+        update(formerX, 0, width() - formerX, height()); // The first text has the room it had.
+    } else {
+        update();
+    }
 }
 
 void TextBand::paintContent(QPainter& painter, const Palette& palette) {

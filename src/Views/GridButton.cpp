@@ -23,9 +23,11 @@ QColor color(GridButton::Ink ink, const Palette& palette) {
     case GridButton::Ink::muted:
         return palette.muted;
     case GridButton::Ink::green:
+        return Palette::green;
+    case GridButton::Ink::red:
         break;
     }
-    return Palette::green;
+    return Palette::red;
 }
 
 } // namespace

@@ -17,7 +17,7 @@ class GridButton : public QAbstractButton {
     Q_OBJECT
 
 public:
-    enum class Ink { foreground, muted, green };
+    enum class Ink { foreground, muted, green, red };
 
     struct Label {
         QString text = {};
@@ -49,6 +49,8 @@ protected:
     void focusOutEvent(QFocusEvent* event) override;
 
     const Appearance& appearance() const { return appearance_; }
+    /// Whether it came here and this is worth showing.
+    bool hasKeyboard() const { return hasKeyboard_; }
 
 private:
     double tint() const;

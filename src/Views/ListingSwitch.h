@@ -1,16 +1,13 @@
 #pragma once
 
 #include "Platform/MainLoop.h"
+#include "Views/Text/Listing.h"
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 
 namespace orvanta {
-
-/// What the panel's content area shows.
-enum class Listing : std::uint8_t { activities, unmonitored, history };
 
 /// Which listing is shown: the activities, unless the pointer looks at another one by its button,
 /// or a click has pinned one.

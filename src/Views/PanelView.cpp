@@ -1,48 +1,224 @@
 #include "Views/PanelView.h"
 
+#include "Model/Activity.h"
 #include "Model/DurationText.h"
 #include "Tracking/Tracker.h"
-#include "Views/Band.h"
+#include "Views/ActivityRows.h"
 #include "Views/Column.h"
+#include "Views/HistoryGrid.h"
 #include "Views/MetricBand.h"
 #include "Views/PanelFooter.h"
 #include "Views/PanelGeometry.h"
+#include "Views/Text/HistoryText.h"
+#include "Views/Text/PanelText.h"
+#include "Views/TextBlock.h"
+#include "Views/TitleBand.h"
+
+#include <QContextMenuEvent>
+#include <QMenu>
+#include <QPointer>
 
 #include <optional>
+#include <utility>
 
 namespace orvanta {
+
+namespace {
+
+constexpr int historyLength = 13; // Weeks.
+
+} // namespace
 
 PanelView::PanelView(const PanelSurroundings& surroundings, QWidget* parent)
     : QWidget(parent)
     , surroundings_(surroundings)
+    , listing_(surroundings.mainLoop, [this] { showListing(); })
     , metrics_(new MetricBand(surroundings.appearance))
-    , title_(new TextBand(surroundings.appearance, QSize(panelWidth, rowHeight), Qt::BottomEdge,
-                          TextBand::Tone::muted))
-    , footer_(new PanelFooter(surroundings.appearance)) {
+    , title_(new TitleBand(surroundings.appearance))
+    , content_(new QWidget)
+    , footer_(new PanelFooter(surroundings.appearance))
+    , banner_(new TextBlock(surroundings.appearance,
+                            {.size = 9,
+                             .padding = smallestGap,
+                             .above = smallestGap,
+                             .below = smallestGap,
+                             .isFilled = true},
+                            panelWidth, content_)) {
     setFixedSize(panelWidth, panelHeight);
+    content_->setFixedSize(panelWidth, contentHeight);
+    content_->installEventFilter(this);
+    banner_->setAttribute(Qt::WA_TransparentForMouseEvents); // The rows below stay in reach.
     QVBoxLayout* const column = unspacedColumn(this);
     column->addWidget(metrics_);
     column->addWidget(title_);
-    column->addStretch();
+    column->addWidget(content_);
     column->addWidget(footer_);
+
+    connect(title_, &TitleBand::clicked, this, [this](Listing target) { listing_.click(target); });
+    connect(title_, &TitleBand::entered, this,
+            [this](Listing target) { listing_.enterButton(target); });
+    connect(title_, &TitleBand::left, this, [this] { listing_.leave(); });
 
     Tracker& tracker = surroundings_.tracker;
     connect(footer_, &PanelFooter::pauseRequested, &tracker, &Tracker::togglePause);
+    connect(footer_, &PanelFooter::resetRequested, this, &PanelView::askToReset);
     connect(footer_, &PanelFooter::quitRequested, this, surroundings_.quit);
-    connect(&tracker, &Tracker::revisionChanged, this, &PanelView::refresh);
-    connect(&tracker, &Tracker::pausedChanged, this, &PanelView::refresh);
+    for (const auto signal :
+         {&Tracker::activitiesChanged, &Tracker::showAllActivitiesChanged, &Tracker::pausedChanged,
+          &Tracker::activeKeyChanged, &Tracker::revisionChanged, &Tracker::browserStatusChanged,
+          &Tracker::storageErrorChanged}) {
+        connect(&tracker, signal, this, &PanelView::refresh);
+    }
+    showListing();
+}
+
+void PanelView::showListing() {
+    delete std::exchange(list_, nullptr);
+    delete std::exchange(history_, nullptr);
+    const Appearance& appearance = surroundings_.appearance;
+    Tracker& tracker = surroundings_.tracker;
+    if (listing_.listing() == Listing::history) {
+        history_ = new HistoryGrid(
+            appearance, surroundings_.calendar, [this] { showTotals(); }, content_);
+        history_->show();
+    } else {
+        list_ = new ActivityRows(appearance, listing_.listing(), content_);
+        connect(list_, &ActivityRows::stopRequested, this, &PanelView::askToStop);
+        connect(list_, &ActivityRows::classificationRequested, &tracker,
+                [&tracker](const Activity* activity, Category category) {
+                    tracker.selectClassification(*activity, category);
+                });
+        connect(list_, &ActivityRows::resumeRequested, &tracker,
+                [&tracker](const Activity* activity) { tracker.resumeMonitoring(*activity); });
+        list_->show();
+    }
+    banner_->raise();
+    title_->setListing(listing_.listing());
     refresh();
 }
 
 void PanelView::refresh() {
     const Tracker& tracker = surroundings_.tracker;
-    const double production = tracker.total(Category::production);
-    const double consumption = tracker.total(Category::consumption);
-    const double classified = production + consumption;
-    metrics_->setRatio(classified > 0 ? std::optional(production / classified) : std::nullopt);
-    title_->setTexts(tracker.paused() ? QStringLiteral("PAUSADO") : QStringLiteral("MONITORANDO"),
-                     duration(classified + tracker.total(Category::pending)));
+    if (history_ != nullptr) {
+        history_->setWeeks(tracker.historyWeeks(historyLength));
+    }
+    if (list_ != nullptr) {
+        const bool unmonitored = listing_.listing() == Listing::unmonitored;
+        list_->setActivities(unmonitored ? tracker.unmonitored() : tracker.sorted(),
+                             tracker.paused() ? std::nullopt : tracker.activeKey());
+    }
+    showTotals();
+    showBanner();
     footer_->setPaused(tracker.paused());
+}
+
+void PanelView::showTotals() {
+    const Tracker& tracker = surroundings_.tracker;
+    const HistoryDay* day = history_ != nullptr ? history_->hoveredDay() : nullptr;
+    const DayTotals totals = day != nullptr ? day->totals
+                                            : DayTotals{tracker.total(Category::production),
+                                                        tracker.total(Category::consumption),
+                                                        tracker.total(Category::pending)};
+    const double classified = totals.production + totals.consumption;
+    metrics_->setRatio(classified > 0 ? std::optional(totals.production / classified)
+                                      : std::nullopt);
+
+    const double all = classified + totals.pending;
+    const Listing listing = listing_.listing();
+    if (day != nullptr) {
+        title_->setTexts(dayTitle(day->date, surroundings_.calendar), duration(all));
+    } else if (listing == Listing::history) {
+        title_->setTexts(listingTitle(listing, tracker.paused()),
+                         QString::number(tracker.historyDayCount()));
+    } else {
+        title_->setTexts(listingTitle(listing, tracker.paused()),
+                         listing == Listing::activities ? duration(all)
+                                                        : QString::number(list_->count()));
+        list_->setEmptyText(emptyText(listing, all > 0));
+    }
+}
+
+void PanelView::showBanner() {
+    const Tracker& tracker = surroundings_.tracker;
+    QString text;
+    if (tracker.storageError()) {
+        text = *tracker.storageError();
+    } else if (text = surroundings_.desktopProblem(); text.isEmpty()) {
+        text = tracker.browserStatus();
+    }
+    const bool isShown =
+        !text.isEmpty() && !isStopAsked_ && listing_.listing() == Listing::activities;
+    if (isShown) {
+        banner_->setText(text);
+        banner_->move(0, contentHeight - banner_->height());
+    }
+    banner_->setVisible(isShown);
+}
+
+void PanelView::askToReset() {
+    ask({QStringLiteral("Zerar o tempo acumulado?"),
+         QStringLiteral("O tempo acumulado será apagado. Suas classificações serão preservadas."),
+         QStringLiteral("Zerar")},
+        [&tracker = surroundings_.tracker] { tracker.reset(); });
+}
+
+void PanelView::askToStop(const Activity* activity) {
+    listing_.cancelDismissal();
+    isStopAsked_ = true;
+    ask({stopTitle(activity->name()) + u'?',
+         QStringLiteral("O tempo e a classificação serão preservados. Você pode reativar o "
+                        "monitoramento pelo botão de olho riscado."),
+         QStringLiteral("Parar")},
+        [&tracker = surroundings_.tracker, activity] {
+            tracker.classify(*activity, Category::ignored);
+        });
+}
+
+void PanelView::ask(const Confirmation::Question& question, std::function<void()> action) {
+    const QPointer<QWidget> before = window()->focusWidget();
+    auto* const confirmation = new Confirmation(surroundings_.appearance, question, this);
+    showBanner();
+    const auto finish = [this, confirmation, before] {
+        (before ? before.data() : this)->setFocus(Qt::OtherFocusReason);
+        confirmation->hide();
+        confirmation->deleteLater();
+        isStopAsked_ = false;
+        showBanner();
+    };
+    connect(confirmation, &Confirmation::cancelled, this, finish);
+    connect(confirmation, &Confirmation::confirmed, this, [finish, action = std::move(action)] {
+        finish();
+        action();
+    });
+}
+
+void PanelView::contextMenuEvent(QContextMenuEvent* event) {
+    auto* const menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    Tracker& tracker = surroundings_.tracker;
+    QAction* const all = menu->addAction(QStringLiteral("Mostrar todos"));
+    all->setCheckable(true);
+    all->setChecked(tracker.showAllActivities());
+    connect(all, &QAction::toggled, &tracker, &Tracker::setShowAllActivities);
+    menu->addSeparator();
+    connect(menu->addAction(QStringLiteral("Ajustes…")), &QAction::triggered, this,
+            surroundings_.openSettings);
+    menu->popup(event->globalPos());
+}
+
+void PanelView::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    listing_.cancelDismissal();
+}
+
+/// Of the content area.
+bool PanelView::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == content_ && event->type() == QEvent::Enter) {
+        listing_.cancelDismissal();
+    } else if (watched == content_ && event->type() == QEvent::Leave) {
+        listing_.leave();
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 } // namespace orvanta

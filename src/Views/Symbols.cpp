@@ -131,7 +131,11 @@ void drawSymbol(QPainter& painter, Symbol symbol, const QRectF& area, double siz
                       pixels.top() + (pixels.height() - side) / 2);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(color, line, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    // A slanting line of whole pixels would look thinner than an upright one.
+    const bool isUpright = symbol == Symbol::squareGrid3x3 || symbol == Symbol::xmarkSquare ||
+                           symbol == Symbol::plusSquare || symbol == Symbol::pause;
+    const double width = isUpright ? line : std::max<double>(line, size * grid.ratio() / 9);
+    painter.setPen(QPen(color, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
 
     const Sheet sheet{static_cast<double>(side), static_cast<double>(line)};
     switch (symbol) {

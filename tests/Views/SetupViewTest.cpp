@@ -14,14 +14,6 @@ using namespace orvanta;
 
 namespace {
 
-QStringList lines(std::initializer_list<const char*> texts) {
-    QStringList result;
-    for (const char* text : texts) {
-        result += QString::fromUtf8(text);
-    }
-    return result;
-}
-
 struct Stage {
     explicit Stage(const std::vector<const char*>& browsers) {
         for (const char* name : browsers) {

@@ -11,8 +11,17 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <initializer_list>
 
 namespace orvanta {
+
+inline QStringList lines(std::initializer_list<const char*> texts) {
+    QStringList result;
+    for (const char* text : texts) {
+        result += QString::fromUtf8(text);
+    }
+    return result;
+}
 
 /// What a screen reader finds, depth first: a line for everything that has a name, as
 /// "Button Pausar" or "CheckBox a: Produção = Selecionado".
