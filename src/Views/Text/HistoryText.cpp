@@ -1,6 +1,7 @@
 #include "Views/Text/HistoryText.h"
 
 #include "Model/Calendar.h"
+#include "Views/Text/Percent.h"
 
 #include <algorithm>
 #include <array>
@@ -39,7 +40,8 @@ QString dayShares(const DayTotals& totals) {
         return QStringLiteral("Sem dados classificados");
     }
     const double ratio = totals.production / classified;
-    return QString::asprintf("Produção %.0f%% · Consumo %.0f%%", ratio * 100, (1 - ratio) * 100);
+    return QStringLiteral("Produção ") + percent(ratio) + QStringLiteral("% · Consumo ") +
+           percent(1 - ratio) + u'%';
 }
 
 QStringList monthLabels(const std::vector<std::vector<HistoryDay>>& weeks,

@@ -1,9 +1,11 @@
 #include "Views/Text/PanelText.h"
 
+#include "Views/Text/Percent.h"
+
 namespace orvanta {
 
 QString metricPercentage(std::optional<double> ratio) {
-    return ratio ? QString::asprintf("%.0f%%", *ratio * 100) : QStringLiteral("—");
+    return ratio ? percent(*ratio) + u'%' : QStringLiteral("—");
 }
 
 QString listingTitle(Listing listing, bool paused) {

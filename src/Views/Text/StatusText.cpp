@@ -1,22 +1,9 @@
 #include "Views/Text/StatusText.h"
 
 #include "Model/DurationText.h"
-
-#include <array>
-#include <cstdio>
+#include "Views/Text/Percent.h"
 
 namespace orvanta {
-
-namespace {
-
-/// A share as C's "%.0f" of its percent: halves go to the even number.
-QString percent(double share) {
-    std::array<char, 8> digits{};
-    std::snprintf(digits.data(), digits.size(), "%.0f", share * 100);
-    return QString::fromLatin1(digits.data());
-}
-
-} // namespace
 
 StatusTitle statusTitle(const StatusTotals& totals, bool paused) {
     const QString up = QStringLiteral("↑");
