@@ -12,6 +12,9 @@ class Confirmation final : public QWidget {
     Q_OBJECT
 
 public:
+    /// A name of this width in a question leaves it short, in points.
+    static constexpr int longestName = 230;
+
     struct Question {
         QString title;
         QString message;

@@ -47,13 +47,15 @@ void DayCell::setHovered(bool hovered) {
 void DayCell::paintContent(QPainter& painter, const Palette& palette) {
     const auto& [production, consumption, pending] = day_.totals;
     const double classified = production + consumption;
-    const QRectF whole(margin, margin, square, square);
     const DeviceGrid grid(painter);
-    const QRect pixels = grid.pixels(whole);
+    // All days alike, wherever they fall between the pixels.
+    const int side = static_cast<int>(square * grid.ratio());
+    const QRect pixels(grid.pixels(QRectF(margin, margin, square, square)).topLeft(),
+                       QSize(side, side));
     if (classified > 0) {
-        const double green = square * production / classified;
+        const int green = qRound(side * production / classified);
         painter.fillRect(pixels, Palette::red);
-        painter.fillRect(grid.pixels(whole.adjusted(0, square - green, 0, 0)), Palette::green);
+        painter.fillRect(pixels.adjusted(0, side - green, 0, 0), Palette::green);
     } else if (classified + pending > 0) {
         QColor faint = palette.muted;
         faint.setAlphaF(pendingOpacity);

@@ -16,6 +16,11 @@ namespace {
 constexpr double pressedTint = 0.14;
 constexpr double hoverTint = 0.06;
 
+/// Windows and menus that come and go take the focus and give it back; that is not worth showing.
+bool isWindows(Qt::FocusReason reason) {
+    return reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason;
+}
+
 QColor color(GridButton::Ink ink, const Palette& palette) {
     switch (ink) {
     case GridButton::Ink::foreground:
@@ -101,14 +106,16 @@ void GridButton::keyPressEvent(QKeyEvent* event) {
 }
 
 void GridButton::focusInEvent(QFocusEvent* event) {
-    // The window itself gives the focus to somebody when it opens; that is not worth showing.
-    hasKeyboard_ =
-        event->reason() != Qt::ActiveWindowFocusReason && event->reason() != Qt::PopupFocusReason;
+    if (!isWindows(event->reason())) {
+        hasKeyboard_ = true;
+    }
     QAbstractButton::focusInEvent(event);
 }
 
 void GridButton::focusOutEvent(QFocusEvent* event) {
-    hasKeyboard_ = false;
+    if (!isWindows(event->reason())) {
+        hasKeyboard_ = false;
+    }
     QAbstractButton::focusOutEvent(event);
 }
 

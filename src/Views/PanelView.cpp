@@ -165,7 +165,9 @@ void PanelView::askToReset() {
 void PanelView::askToStop(const Activity* activity) {
     listing_.cancelDismissal();
     isStopAsked_ = true;
-    ask({stopTitle(activity->name()) + u'?',
+    const QString name =
+        fontMetrics().elidedText(activity->name(), Qt::ElideMiddle, Confirmation::longestName);
+    ask({stopTitle(name) + u'?',
          QStringLiteral("O tempo e a classificação serão preservados. Você pode reativar o "
                         "monitoramento pelo botão de olho riscado."),
          QStringLiteral("Parar")},

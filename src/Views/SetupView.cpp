@@ -80,6 +80,9 @@ SetupView::SetupView(Setup& setup, const Appearance& appearance, std::function<v
     scrollArea_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scrollArea_->viewport()->setAutoFillBackground(false);
 
+    connect(&setup_, &Setup::changed, this, &SetupView::refresh);
+    refresh();
+
     auto* const quitButton = new GridButton(appearance, QSize(panelWidth, rowHeight), Qt::TopEdge);
     quitButton->setLabel({.text = QStringLiteral("SAIR")});
     quitButton->setTitles({}, QStringLiteral("Sair"));
@@ -91,9 +94,6 @@ SetupView::SetupView(Setup& setup, const Appearance& appearance, std::function<v
     column->addWidget(title_);
     column->addWidget(scrollArea_);
     column->addWidget(quitButton);
-
-    connect(&setup_, &Setup::changed, this, &SetupView::refresh);
-    refresh();
 }
 
 void SetupView::refresh() {

@@ -2,6 +2,12 @@
 
 #include "Views/Band.h"
 
+#include <memory>
+
+QT_BEGIN_NAMESPACE
+class QTextLayout;
+QT_END_NAMESPACE
+
 namespace orvanta {
 
 /// A text in as many lines as it takes, as high as they are.
@@ -25,6 +31,7 @@ public:
     /// It takes as much of `maxWidth` as it needs, or all of it when it is centred.
     TextBlock(const Appearance& appearance, const Style& style, int maxWidth,
               QWidget* parent = nullptr);
+    ~TextBlock() override;
 
     void setText(const QString& text);
 
@@ -32,11 +39,9 @@ protected:
     void paintContent(QPainter& painter, const Palette& palette) override;
 
 private:
-    int flags() const;
-
     Style style_;
     int maxWidth_;
-    QString text_;
+    std::unique_ptr<QTextLayout> layout_; ///< null until there is a text
 };
 
 } // namespace orvanta
