@@ -1,5 +1,7 @@
 #include "App/AboutPanel.h"
 
+#include "App/ApplicationIcon.h"
+
 #include <QApplication>
 #include <QDialogButtonBox>
 #include <QFormLayout>
@@ -18,6 +20,11 @@ AboutPanel::AboutPanel(QWidget* parent)
     auto* layout = new QVBoxLayout(this);
     layout->setSizeConstraint(QLayout::SetFixedSize);
 
+    auto* icon = new QLabel(this);
+    constexpr int edge = 64;
+    icon->setPixmap(applicationIcon().pixmap(edge, devicePixelRatioF()));
+    icon->setAlignment(Qt::AlignCenter);
+    layout->addWidget(icon);
     auto* name = new QLabel(QStringLiteral("orvanta"), this);
     QFont large = name->font();
     large.setPointSizeF(large.pointSizeF() * 1.6);

@@ -1,4 +1,5 @@
 #include "App/AppDelegate.h"
+#include "App/ApplicationIcon.h"
 #include "Linux/Display.h"
 #include "Linux/LinuxPlatform.h"
 #include "Linux/SingleInstance.h"
@@ -57,6 +58,7 @@ int main(int argc, char* argv[]) {
     QApplication::setApplicationName(QStringLiteral("orvanta"));
     QApplication::setApplicationVersion(QStringLiteral(ORVANTA_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("com.brindlework.orvanta"));
+    QApplication::setWindowIcon(orvanta::applicationIcon());
     QApplication::setQuitOnLastWindowClosed(false);
 
     const orvanta::TerminationSignals signals;

@@ -1,4 +1,5 @@
 #include "Fakes/QtPrinters.h"
+#include "Linux/BrowserBridge/BrowserPreparation.h"
 #include "Linux/BrowserBridge/ExtensionIdentity.h"
 #include "Linux/BrowserBridge/ExtensionInstallation.h"
 #include "Linux/BrowserBridge/NativeManifests.h"
@@ -212,6 +213,27 @@ TEST_F(BrowserInstallation, PutsTheExtensionWhereTheBrowserTakesIt) {
         EXPECT_EQ(installation.install(browser).outcome, Outcome::Installed);
     }
     EXPECT_EQ(everything(), installed);
+}
+
+TEST_F(BrowserInstallation, AProgramThatHasMovedIsFoundAgain) {
+    const QString references = make(".config/chromium") + text("/External Extensions");
+    const auto preparation = [this](const char* prefix) {
+        put((QByteArray(prefix) + "/orvanta.crx").constData(), "Cr24");
+        return BrowserPreparation({.home = home(),
+                                   .configHome = home(".config"),
+                                   .hostExecutable = home(prefix) + text("/host"),
+                                   .packageFolder = home(prefix)});
+    };
+    preparation("old").renew(text("chromium"));
+    EXPECT_FALSE(QFileInfo::exists(references)) << "nobody agreed to an extension";
+    preparation("old").prepare(text("chromium"));
+    preparation("new").renew(text("chromium"));
+    EXPECT_EQ(jsonOf(home(".config/chromium/NativeMessagingHosts/com.brindlework.orvanta.json"))
+                  .value(text("path")),
+              home("new/host"));
+    EXPECT_EQ(jsonOf(references + text("/odbokjgdmdbheojmnkbkjhabohflpkpk.json"))
+                  .value(text("external_crx")),
+              home("new/orvanta.crx"));
 }
 
 } // namespace orvanta

@@ -84,7 +84,7 @@ bool startsSomething(const KeyFile& entry) {
 QByteArray newEntry(const QString& executable) {
     return QStringLiteral("[Desktop Entry]\n"
                           "Type=Application\n"
-                          "Name=orvanta\n"
+                          "Name=Orvanta\n"
                           "Comment=Mede para onde vai a sua atenção\n"
                           "Exec=%1\n"
                           "TryExec=%2\n"
@@ -98,7 +98,7 @@ QByteArray newEntry(const QString& executable) {
 QByteArray hidingEntry() {
     return QByteArray("[Desktop Entry]\n"
                       "Type=Application\n"
-                      "Name=orvanta\n"
+                      "Name=Orvanta\n"
                       "Hidden=true\n") +
            unregisteredKey + "=true\n";
 }

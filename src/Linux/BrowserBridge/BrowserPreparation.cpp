@@ -72,6 +72,9 @@ Preparation BrowserPreparation::prepare(const QString& bundleIdentifier) const {
 void BrowserPreparation::renew(const QString& bundleIdentifier) const {
     if (const auto folder = folderOf(bundleIdentifier)) {
         manifests_.write(*folder);
+        if (extension_.isInPlace(*folder)) {
+            extension_.install(*folder);
+        }
     }
 }
 

@@ -24,7 +24,7 @@ public:
     explicit BrowserPreparation(Places places);
 
     PermissionPrompt::Preparation prepare(const QString& bundleIdentifier) const;
-    /// What was prepared once and may have moved since: where the host is.
+    /// What was prepared once and may have moved since: where the host and the package are.
     void renew(const QString& bundleIdentifier) const;
     void withdraw(const QString& bundleIdentifier) const;
     /// Whether the browser finds the extension at its next start. Looks at the disk.
