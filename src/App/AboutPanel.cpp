@@ -22,7 +22,7 @@ AboutPanel::AboutPanel(QWidget* parent)
 
     auto* icon = new QLabel(this);
     constexpr int edge = 64;
-    icon->setPixmap(applicationIcon().pixmap(edge, devicePixelRatioF()));
+    icon->setPixmap(applicationIcon().pixmap(QSize(edge, edge), devicePixelRatioF()));
     icon->setAlignment(Qt::AlignCenter);
     layout->addWidget(icon);
     auto* name = new QLabel(QStringLiteral("orvanta"), this);
