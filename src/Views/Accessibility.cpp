@@ -17,7 +17,7 @@ public:
         : QAccessibleWidget(widget, role) {}
 
     QString text(QAccessible::Text kind) const override {
-        const QString value = object()->property(valueProperty).toString();
+        QString value = object()->property(valueProperty).toString();
         // Not every reader asks for the value of what is no slider.
         if (kind == QAccessible::Value || (kind == QAccessible::Description && !value.isEmpty())) {
             return value;

@@ -85,12 +85,12 @@ void ActivityRow::setHovered(bool hovered) {
 
 void ActivityRow::enterEvent(QEnterEvent* event) {
     QWidget::enterEvent(event);
-    setHovered(true);
+    Q_EMIT pointerCame();
 }
 
 void ActivityRow::leaveEvent(QEvent* event) {
     QWidget::leaveEvent(event);
-    setHovered(false);
+    Q_EMIT pointerWent();
 }
 
 } // namespace orvanta

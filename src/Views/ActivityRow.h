@@ -35,6 +35,8 @@ public:
     const std::vector<GridButton*>& controls() const { return controls_; }
 
 Q_SIGNALS:
+    void pointerCame();
+    void pointerWent();
     void stopRequested(const orvanta::Activity* activity);
     void classificationRequested(const orvanta::Activity* activity, orvanta::Category category);
     void resumeRequested(const orvanta::Activity* activity);

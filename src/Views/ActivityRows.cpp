@@ -39,6 +39,8 @@ ActivityRows::ActivityRows(const Appearance& appearance, Listing listing, QWidge
     for (int i = 0; i < poolSize; ++i) {
         auto* const row = new ActivityRow(appearance, listing, canvas_);
         row->hide();
+        connect(row, &ActivityRow::pointerCame, this, [this, row] { setHovered(row); });
+        connect(row, &ActivityRow::pointerWent, this, [this] { setHovered(nullptr); });
         connect(row, &ActivityRow::stopRequested, this, &ActivityRows::stopRequested);
         connect(row, &ActivityRow::classificationRequested, this,
                 &ActivityRows::classificationRequested);
@@ -81,9 +83,15 @@ void ActivityRows::scrollContentsBy(int dx, int dy) {
         keepKeyboard(*before, true);
     }
     // The pointer stays where it is while the rows go by.
+    const auto under = std::ranges::find_if(rows_, [](const ActivityRow* row) {
+        return row->isVisible() && row->rect().contains(row->mapFromGlobal(QCursor::pos()));
+    });
+    setHovered(viewport()->underMouse() && under != rows_.end() ? *under : nullptr);
+}
+
+void ActivityRows::setHovered(const ActivityRow* hovered) {
     for (ActivityRow* row : rows_) {
-        row->setHovered(viewport()->underMouse() &&
-                        row->rect().contains(row->mapFromGlobal(QCursor::pos())));
+        row->setHovered(row == hovered);
     }
 }
 

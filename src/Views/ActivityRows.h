@@ -55,6 +55,8 @@ private:
     }
     std::optional<Keyboard> keyboard() const;
     void showRows();
+    /// The pointer is over one row at most, whatever comes and goes under it.
+    void setHovered(const ActivityRow* hovered);
     void keepKeyboard(const Keyboard& before, bool isScrolling);
 
     QWidget* canvas_;

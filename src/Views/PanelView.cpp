@@ -73,8 +73,9 @@ PanelView::PanelView(const PanelSurroundings& surroundings, QWidget* parent)
 }
 
 void PanelView::showListing() {
-    delete std::exchange(list_, nullptr);
-    delete std::exchange(history_, nullptr);
+    QWidget* const former = list_ != nullptr ? static_cast<QWidget*>(list_) : history_;
+    list_ = nullptr;
+    history_ = nullptr;
     const Appearance& appearance = surroundings_.appearance;
     Tracker& tracker = surroundings_.tracker;
     if (listing_.listing() == Listing::history) {
@@ -91,6 +92,11 @@ void PanelView::showListing() {
         connect(list_, &ActivityRows::resumeRequested, &tracker,
                 [&tracker](const Activity* activity) { tracker.resumeMonitoring(*activity); });
         list_->show();
+    }
+    if (former != nullptr) {
+        // The pointer has just left it, and Qt is not through with telling it.
+        former->hide();
+        former->deleteLater();
     }
     banner_->raise();
     title_->setListing(listing_.listing());

@@ -127,8 +127,9 @@ void drawSymbol(QPainter& painter, Symbol symbol, const QRectF& area, double siz
     const int line = std::max(1, qRound(size * grid.ratio() / 11));
     int side = qRound(size * grid.ratio() * 1.15);
     side += (side - line) % 2; // A line in the middle lies on whole pixels.
-    painter.translate(pixels.left() + (pixels.width() - side) / 2,
-                      pixels.top() + (pixels.height() - side) / 2);
+    const QPoint corner(pixels.left() + (pixels.width() - side) / 2,
+                        pixels.top() + (pixels.height() - side) / 2);
+    painter.translate(corner);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(Qt::NoBrush);
     // A slanting line of whole pixels would look thinner than an upright one.

@@ -117,6 +117,15 @@ TEST(PanelViewTest, TheContentFollowsThePointerAndAClickHoldsIt) {
     EXPECT_TRUE(stage.shows("Text MONITORANDO 1:30"));
 }
 
+TEST(PanelViewTest, APreviewMayReplaceTheRowThatHasTheKeyboard) {
+    PanelStage stage({{"Editor", production, 90}, {"Jogo", consumption, 80}});
+    stage.open();
+    stage.button("Jogo: Consumo").setFocus(Qt::TabFocusReason);
+    stage.enter(stage.button("Histórico por dia"));
+    EXPECT_TRUE(stage.shows("Text HISTÓRICO 1"));
+    EXPECT_EQ(stage.root().focusWidget()->accessibleName(), QStringLiteral("Histórico por dia"));
+}
+
 TEST(PanelViewTest, AnArrowClassifiesAndColoursItsSquare) {
     PanelStage stage({{"Editor", pending, 90}});
     QImage sample(1, 1, QImage::Format_RGB32);

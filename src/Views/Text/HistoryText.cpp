@@ -47,6 +47,7 @@ QString dayShares(const DayTotals& totals) {
 QStringList monthLabels(const std::vector<std::vector<HistoryDay>>& weeks,
                         const Calendar& calendar) {
     std::vector<int> months;
+    months.reserve(weeks.size());
     for (const std::vector<HistoryDay>& week : weeks) {
         months.push_back(week.empty() ? 0 : calendar.day(week.front().date).month);
     }
