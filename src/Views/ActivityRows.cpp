@@ -8,6 +8,7 @@
 #include "Views/TextBlock.h"
 
 #include <QCursor>
+#include <QKeyEvent>
 #include <QScrollBar>
 
 #include <algorithm>
@@ -83,10 +84,17 @@ void ActivityRows::scrollContentsBy(int dx, int dy) {
         keepKeyboard(*before, true);
     }
     // The pointer stays where it is while the rows go by.
-    const auto under = std::ranges::find_if(rows_, [](const ActivityRow* row) {
-        return row->isVisible() && row->rect().contains(row->mapFromGlobal(QCursor::pos()));
-    });
-    setHovered(viewport()->underMouse() && under != rows_.end() ? *under : nullptr);
+    const auto isUnderPointer = [isOver = viewport()->underMouse()](const QWidget* widget) {
+        return isOver && widget->isVisible() &&
+               widget->rect().contains(widget->mapFromGlobal(QCursor::pos()));
+    };
+    const auto under = std::ranges::find_if(rows_, isUnderPointer);
+    setHovered(under != rows_.end() ? *under : nullptr);
+    for (const ActivityRow* row : rows_) {
+        for (GridButton* control : row->controls()) {
+            control->setPointerOver(isUnderPointer(control));
+        }
+    }
 }
 
 void ActivityRows::setHovered(const ActivityRow* hovered) {
@@ -140,9 +148,23 @@ void ActivityRows::keepKeyboard(const Keyboard& before, bool isScrolling) {
                found != activities_.end()) {
         index = static_cast<int>(found - activities_.begin());
     }
+    giveKeyboard(index, before.control);
+}
+
+void ActivityRows::giveKeyboard(int index, std::size_t control) {
     index = std::clamp(index, 0, count() - 1);
     ensureVisible(0, index * rowHeight + rowHeight / 2, 0, rowHeight / 2);
-    rowAt(index)->controls()[before.control]->setFocus(Qt::OtherFocusReason);
+    rowAt(index)->controls()[control]->setFocus(Qt::OtherFocusReason);
+}
+
+/// Up and down lead to the same control of another row.
+void ActivityRows::keyPressEvent(QKeyEvent* event) {
+    const auto current = keyboard();
+    if (current && (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down)) {
+        giveKeyboard(current->index + (event->key() == Qt::Key_Up ? -1 : 1), current->control);
+    } else {
+        QScrollArea::keyPressEvent(event);
+    }
 }
 
 } // namespace orvanta

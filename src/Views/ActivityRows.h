@@ -41,6 +41,7 @@ Q_SIGNALS:
 
 protected:
     void scrollContentsBy(int dx, int dy) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     /// A control of a row that has the keyboard.
@@ -57,6 +58,7 @@ private:
     void showRows();
     /// The pointer is over one row at most, whatever comes and goes under it.
     void setHovered(const ActivityRow* hovered);
+    void giveKeyboard(int index, std::size_t control);
     void keepKeyboard(const Keyboard& before, bool isScrolling);
 
     QWidget* canvas_;

@@ -62,6 +62,13 @@ void GridButton::setTitles(const QString& toolTip, const QString& accessibleName
     }
 }
 
+void GridButton::setPointerOver(bool over) {
+    if (over != underMouse()) {
+        setAttribute(Qt::WA_UnderMouse, over);
+        update();
+    }
+}
+
 double GridButton::tint() const {
     if (isDown()) {
         return pressedTint;
@@ -96,12 +103,22 @@ void GridButton::paintEvent(QPaintEvent* /*event*/) {
 }
 
 void GridButton::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+    switch (event->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
         if (!event->isAutoRepeat()) {
             click();
         }
-    } else {
+        break;
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+        event->ignore(); // Whoever holds the button knows what is there.
+        break;
+    default:
         QAbstractButton::keyPressEvent(event);
+        break;
     }
 }
 

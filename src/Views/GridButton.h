@@ -38,6 +38,9 @@ public:
     /// What the button does, for those who point at it and for those who cannot see it.
     void setTitles(const QString& toolTip, const QString& accessibleName);
 
+    /// For a button that was moved to or from under a pointer that stands still.
+    void setPointerOver(bool over);
+
 protected:
     virtual void paintLabel(QPainter& painter, const Palette& palette);
 

@@ -109,9 +109,12 @@ void PanelView::refresh() {
         history_->setWeeks(tracker.historyWeeks(historyLength));
     }
     if (list_ != nullptr) {
-        const bool unmonitored = listing_.listing() == Listing::unmonitored;
-        list_->setActivities(unmonitored ? tracker.unmonitored() : tracker.sorted(),
-                             tracker.paused() ? std::nullopt : tracker.activeKey());
+        const auto timedKey = tracker.paused() ? std::nullopt : tracker.activeKey();
+        if (listing_.listing() == Listing::unmonitored) {
+            list_->setActivities(tracker.unmonitored(), timedKey);
+        } else {
+            list_->setActivities(tracker.sorted(), timedKey);
+        }
     }
     showTotals();
     showBanner();

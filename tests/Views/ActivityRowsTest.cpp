@@ -73,6 +73,21 @@ TEST(ActivityRowsTest, TabGoesThroughAllRowsAndBack) {
     }
 }
 
+TEST(ActivityRowsTest, ArrowKeysGoAlongAColumn) {
+    PanelStage stage;
+    fill(stage).open();
+    stage.button("a0000: Produção").setFocus(Qt::TabFocusReason);
+    for (int i = 0; i < 30; ++i) {
+        stage.press(Qt::Key_Down);
+        EXPECT_FALSE(stage.root().focusWidget()->visibleRegion().isEmpty()) << i;
+    }
+    EXPECT_EQ(stage.root().focusWidget()->accessibleName(), QStringLiteral("a0030: Produção"));
+    for (int i = 0; i < 31; ++i) {
+        stage.press(Qt::Key_Up);
+    }
+    EXPECT_EQ(stage.root().focusWidget()->accessibleName(), QStringLiteral("a0000: Produção"));
+}
+
 TEST(ActivityRowsTest, WhatMovesTakesTheKeyboardAlongAndNoClickGoesAstray) {
     PanelStage stage({{"A", Category::pending, 900},
                       {"B", Category::pending, 800},

@@ -1,6 +1,7 @@
 #include "PanelStage.h"
 #include "Views/Confirmation.h"
 #include "Views/Palette.h"
+#include "Views/TextBlock.h"
 
 #include <QMenu>
 #include <QScrollBar>
@@ -272,15 +273,32 @@ TEST(PanelViewTest, TheMenuShowsAllAndLeadsToTheSettings) {
 }
 
 TEST(PanelViewTest, NamesTheGravestProblem) {
-    PanelStage stage({{"Editor", production, 90}});
+    PanelStage stage;
     const auto banner = [&] {
-        return stage.lines().filter(QStringLiteral("roblema"));
+        const auto blocks = stage.root().findChildren<TextBlock*>();
+        const auto found = std::ranges::find_if(blocks, [](const TextBlock* block) {
+            return block->isVisible() && block->y() > 0; // The empty listing's is at the top.
+        });
+        return found != blocks.end() ? (*found)->accessibleName() : QString();
     };
+    stage.world.browsers.known.insert(QStringLiteral("browser"));
+    stage.world.front("browser");
     stage.open();
-    EXPECT_TRUE(banner().isEmpty());
-    stage.problem = QStringLiteral("Problema da área de trabalho");
-    stage.open();
-    EXPECT_EQ(banner(), QStringList{QStringLiteral("Text Problema da área de trabalho")});
+    EXPECT_EQ(banner(), QString());
+    stage.world.browsers.fail(QStringLiteral("-600"));
+    EXPECT_EQ(banner(), stage.tracker().browserStatus());
+    EXPECT_NE(banner(), QString());
+
+    stage.problem = QStringLiteral("Nada é contado.");
+    stage.world.pass(1);
+    EXPECT_EQ(banner(), stage.problem);
+
+    Database other(stage.world.storePath());
+    other.execute("BEGIN IMMEDIATE");
+    stage.world.front("Editor");
+    stage.world.pass(6);
+    ASSERT_TRUE(stage.tracker().storageError());
+    EXPECT_EQ(banner(), *stage.tracker().storageError());
     stage.click("Histórico por dia");
-    EXPECT_TRUE(banner().isEmpty());
+    EXPECT_EQ(banner(), QString());
 }
