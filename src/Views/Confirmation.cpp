@@ -92,8 +92,9 @@ void Confirmation::paintEvent(QPaintEvent* /*event*/) {
 void Confirmation::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape) {
         Q_EMIT cancelled();
+    } else {
+        QWidget::keyPressEvent(event);
     }
-    // No other key is for what lies below.
 }
 
 void Confirmation::mousePressEvent(QMouseEvent* /*event*/) {}
