@@ -49,9 +49,6 @@ void Popover::open(std::unique_ptr<QWidget> content, const Opening& opening) {
     move(opening.place);
     qGuiApp->installEventFilter(this);
     show();
-    if (QWidget* first = focusWidget()) {
-        first->clearFocus(); // No control starts with the keyboard.
-    }
     releasePointer();
     if (opening.takesKeyboard) {
         takeKeyboard(grabAttempts);

@@ -30,7 +30,7 @@ public:
         bool takesKeyboard; ///< whether the person asked for it
         bool leavesPointer; ///< whether somebody else sees the clicks outside that close it
     };
-    /// Not while it is shown.
+    /// Not while it is shown. Which of its parts has the keyboard is for the content to say.
     void open(std::unique_ptr<QWidget> content, const Opening& opening);
 
 Q_SIGNALS:
