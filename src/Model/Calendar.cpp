@@ -1,7 +1,5 @@
 #include "Model/Calendar.h"
 
-#include <QDateTime>
-
 #include <algorithm>
 #include <cmath>
 
@@ -68,6 +66,10 @@ std::optional<Date> Calendar::startOfDay(Day day) const {
 
 Day Calendar::day(Date date) const {
     return dayAround(date).day;
+}
+
+QDateTime Calendar::local(Date date) const {
+    return localTime(date, timeZone_);
 }
 
 std::optional<Date> Calendar::addingDays(Date date, int days) const {

@@ -3,6 +3,7 @@
 #include "Model/Date.h"
 #include "Model/Day.h"
 
+#include <QDateTime>
 #include <QTimeZone>
 
 #include <optional>
@@ -28,6 +29,9 @@ public:
     std::optional<Date> startOfDay(Day day) const;
 
     Day day(Date date) const;
+
+    /// What the person's calendar and clock show, to the second.
+    QDateTime local(Date date) const;
 
     bool isSameDay(Date a, Date b) const { return day(a) == day(b); }
 
