@@ -12,6 +12,7 @@
 #include "Tracking/FrontmostProbe.h"
 #include "Views/PanelRoot.h"
 #include "Views/PopoverPlace.h"
+#include "Views/SettingsView.h"
 #include "Views/Text/StatusText.h"
 #include "Views/Text/WindowWatchingText.h"
 
@@ -310,7 +311,8 @@ void AppDelegate::applicationActivated() {
 
 void AppDelegate::showSettings() {
     if (!settingsWindow_) {
-        settingsWindow_ = std::make_unique<SettingsWindow>(new QWidget);
+        settingsWindow_ =
+            std::make_unique<SettingsWindow>(new SettingsView(*tracker_, setupSystem(), calendar_));
         installEditMenu(*settingsWindow_);
         connect(settingsWindow_.get(), &SettingsWindow::willClose, this,
                 &AppDelegate::windowWillClose);
