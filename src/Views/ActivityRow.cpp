@@ -60,7 +60,9 @@ void ActivityRow::show(const Activity& activity, bool isTimed) {
     }
     const QString& name = activity.name();
     setAccessibleName(name);
-    name_->setToolTip(rowToolTip(name, category_));
+    const QString toolTip = rowToolTip(name, category_);
+    name_->setToolTip(toolTip);
+    name_->setAccessibleDescription(toolTip);
     for (CategoryButton* button : categories_) {
         button->setSelected(name, category_ == button->category(), isSame);
     }

@@ -56,7 +56,10 @@ void GridButton::setLabel(const Label& label) {
 }
 
 void GridButton::setTitles(const QString& toolTip, const QString& accessibleName) {
-    setToolTip(toolTip);
+    if (toolTip != this->toolTip()) {
+        setToolTip(toolTip);
+        setAccessibleDescription(toolTip); // The same, but readers are told that it has changed.
+    }
     if (accessibleName != this->accessibleName()) {
         setAccessibleName(accessibleName);
     }
