@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """What the popover costs: from a click on the status item to the first pixels of the panel, and
-the memory that opening and closing it leaves behind.
+the memory that opening and closing it leaves behind, and the CPU of a second with it open.
 
     benchmarks/popover.py [--times N] [--executable FILE] [STORE]
 
@@ -26,6 +26,7 @@ import desktop  # noqa: E402 (the path has just been set)
 import panels  # noqa: E402
 
 WARMING_UP = 100
+WATCHED = 15  # Seconds, in which three saves fall.
 DESK = (1200, 500)  # Where nothing but the screen's black would be.
 
 
@@ -66,6 +67,16 @@ class Item:
 def private_dirty(pid):
     text = pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text()
     return int(re.search(r"Private_Dirty:\s+(\d+)", text)[1])
+
+
+def cpu_of_a_second(pid):
+    """In milliseconds."""
+    def running():
+        return int(pathlib.Path(f"/proc/{pid}/schedstat").read_text().split()[0]) / 1e6
+
+    before = running()
+    time.sleep(WATCHED)
+    return (running() - before) / WATCHED
 
 
 def wait_for(screen, point, is_open, black):
@@ -109,11 +120,17 @@ def main():
             wait_for(screen, point, False, black)
             if (number + 1) % WARMING_UP == 0:
                 memory.append(private_dirty(orvanta.process.pid))
+        time.sleep(WATCHED)  # What a start leaves for later is over.
+        closed = cpu_of_a_second(orvanta.process.pid)
+        item.activate()
+        wait_for(screen, point, True, black)
+        opened = cpu_of_a_second(orvanta.process.pid)
         panel.close()
     openings.sort()
     print(f"click to first pixels, ms, of {len(openings)} (budget 50): "
           f"median {statistics.median(openings):.1f}, "
           f"95 of 100 within {openings[len(openings) * 95 // 100]:.1f}, most {openings[-1]:.1f}")
+    print(f"CPU a second, ms: {closed:.2f} closed, {opened:.2f} open")
     print(f"private dirty, kB, after each {WARMING_UP}: {' '.join(map(str, memory))}")
 
 
