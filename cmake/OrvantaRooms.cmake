@@ -14,6 +14,17 @@ function(orvanta_compile_options target)
         QT_NO_FOREACH QT_STRICT_ITERATORS)
 endfunction()
 
+# For a target that links the libraries whose headers these are.
+function(orvanta_precompile target)
+    if(ORVANTA_PRECOMPILE)
+        target_precompile_headers(${target} PRIVATE ${ARGN})
+    endif()
+endfunction()
+
+set(ORVANTA_COMMON_HEADERS <QObject> <QString> <QStringList> <functional> <map> <memory> <optional>
+    <vector>)
+set(ORVANTA_WIDGET_HEADERS <QApplication> <QPainter> <QWidget>)
+
 # orvanta_room(Model SOURCES a.cpp b.h ... ROOMS Platform ... LIBRARIES Qt6::Core ...
 #              [PRIVATE_LIBRARIES SQLite::SQLite3 ...] [FOLDER Views/Text])
 #
@@ -37,6 +48,10 @@ function(orvanta_room name)
         PUBLIC ${ROOM_ROOMS} ${ROOM_LIBRARIES} PRIVATE ${ROOM_PRIVATE_LIBRARIES})
     set_target_properties(${target} PROPERTIES AUTOMOC ON)
     orvanta_compile_options(${target})
+    orvanta_precompile(${target} ${ORVANTA_COMMON_HEADERS})
+    if("Qt6::Widgets" IN_LIST ROOM_LIBRARIES)
+        orvanta_precompile(${target} ${ORVANTA_WIDGET_HEADERS})
+    endif()
 
     # Every header compiles alone.
     set(checks)
