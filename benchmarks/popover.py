@@ -64,9 +64,10 @@ class Item:
         self._bus.flush_sync(None)
 
 
-def private_dirty(pid):
+def memory_of(pid, kind):
+    """In kB."""
     text = pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text()
-    return int(re.search(r"Private_Dirty:\s+(\d+)", text)[1])
+    return int(re.search(rf"^{kind}:\s+(\d+)", text, re.MULTILINE)[1])
 
 
 def cpu_of_a_second(pid):
@@ -119,18 +120,21 @@ def main():
             item.activate()
             wait_for(screen, point, False, black)
             if (number + 1) % WARMING_UP == 0:
-                memory.append(private_dirty(orvanta.process.pid))
+                memory.append(memory_of(orvanta.process.pid, "Private_Dirty"))
         time.sleep(WATCHED)  # What a start leaves for later is over.
         closed = cpu_of_a_second(orvanta.process.pid)
+        pss = memory_of(orvanta.process.pid, "Pss") / 1024
         item.activate()
         wait_for(screen, point, True, black)
         opened = cpu_of_a_second(orvanta.process.pid)
         panel.close()
+    first = openings[0]
     openings.sort()
-    print(f"click to first pixels, ms, of {len(openings)} (budget 50): "
+    print(f"click to first pixels, ms, of {len(openings)} (budget 50): the first {first:.1f}, "
           f"median {statistics.median(openings):.1f}, "
           f"95 of 100 within {openings[len(openings) * 95 // 100]:.1f}, most {openings[-1]:.1f}")
     print(f"CPU a second, ms: {closed:.2f} closed, {opened:.2f} open")
+    print(f"PSS with the panel closed again, MB (a year of history 29, ten 32): {pss:.1f}")
     print(f"private dirty, kB, after each {WARMING_UP}: {' '.join(map(str, memory))}")
 
 

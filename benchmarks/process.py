@@ -87,7 +87,14 @@ class Measurement:
         self.process = desktop.Orvanta(self.place, self.executable)
         if self.store:
             desktop.Store(self.store).copy_to(self.process.store.path)
+        # The setup is behind the person: it would open the panel.
+        self.prefer({"setupDoneV1": True})
         return self
+
+    def prefer(self, preferences):
+        folder = pathlib.Path(self.place.environment["XDG_CONFIG_HOME"])
+        (folder / f"{desktop.DOMAIN}.plist").write_bytes(
+            plistlib.dumps(preferences, fmt=plistlib.FMT_BINARY))
 
     def __exit__(self, *_):
         self.place.close()
@@ -146,9 +153,7 @@ class Measurement:
 def resting(arguments):
     """Wake-ups while the person has paused, and while the displays are off."""
     with Measurement(arguments.executable, arguments.store) as orvanta:
-        preferences = pathlib.Path(orvanta.place.environment["XDG_CONFIG_HOME"],
-                                   f"{desktop.DOMAIN}.plist")
-        preferences.write_bytes(plistlib.dumps({"paused": True}, fmt=plistlib.FMT_BINARY))
+        orvanta.prefer({"setupDoneV1": True, "paused": True})
         orvanta.start()
         paused = orvanta.rest(arguments.seconds)
     with Measurement(arguments.executable, arguments.store) as orvanta:

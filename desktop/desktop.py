@@ -94,6 +94,22 @@ def _die_with_parent(parent):
     return prepare
 
 
+def _below(ancestor):
+    """The parents of all processes below this one, by process, parents first."""
+    children = {}
+    for entry in os.listdir("/proc"):
+        if entry.isdigit():
+            with contextlib.suppress(OSError):
+                text = pathlib.Path("/proc", entry, "stat").read_text()
+                children.setdefault(int(text.rpartition(")")[2].split()[1]), []).append(int(entry))
+    found = {}
+    level = [ancestor]
+    while level:
+        found |= {child: parent for parent in level for child in children.get(parent, [])}
+        level = [child for parent in level for child in children.get(parent, [])]
+    return found
+
+
 _open_desktops = weakref.WeakSet()
 
 
@@ -353,6 +369,8 @@ class Desktop:
     def close(self):
         """Ends everything that lives on this desktop and removes its folder."""
         _open_desktops.discard(self)
+        # While it is still known who started whom: a browser's helpers overwrite their environment.
+        family = self._family() if self.folder else set()
         # The server goes last, so that nothing complains about it on the way, and by being asked:
         # it then removes its lock and its socket.
         for process in reversed(self._processes):
@@ -370,7 +388,8 @@ class Desktop:
         if self.folder is None:
             return
         deadline = time.monotonic() + DEADLINE
-        while (left := self._descendants()) and time.monotonic() < deadline:
+        while (left := self._family() | family & _below(os.getpid()).keys()) \
+                and time.monotonic() < deadline:
             for pid in left:
                 with contextlib.suppress(ProcessLookupError):
                     os.kill(pid, signal.SIGKILL)
@@ -380,26 +399,15 @@ class Desktop:
         shutil.rmtree(self.folder, ignore_errors=True)
         self.folder = None
 
-    def _descendants(self):
-        """Processes below this one that carry the desktop's folder in their environment."""
-        parents = {}
-        for entry in os.listdir("/proc"):
-            if entry.isdigit():
-                with contextlib.suppress(OSError):
-                    text = pathlib.Path("/proc", entry, "stat").read_text()
-                    parents[int(entry)] = int(text.rpartition(")")[2].split()[1])
-        mine = {os.getpid()}
-        grown = True
-        while grown:
-            more = {pid for pid, parent in parents.items() if parent in mine} - mine
-            mine |= more
-            grown = bool(more)
+    def _family(self):
+        """The processes that carry the desktop's folder in their environment, and those below."""
         mark = f"HOME={self.folder}/home".encode()
-        found = []
-        for pid in mine - {os.getpid()}:
+        found = set()
+        for pid, parent in _below(os.getpid()).items():
             with contextlib.suppress(OSError):
-                if mark in pathlib.Path("/proc", str(pid), "environ").read_bytes().split(b"\0"):
-                    found.append(pid)
+                if parent in found or mark in pathlib.Path(
+                        "/proc", str(pid), "environ").read_bytes().split(b"\0"):
+                    found.add(pid)
         return found
 
 

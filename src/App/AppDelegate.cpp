@@ -113,9 +113,10 @@ bool AppDelegate::applicationDidFinishLaunching() {
     status_ = desktop_.makeStatusItem(
         {.activate = [this](std::optional<QPoint> place) { togglePopover(place); },
          .menu = [this] { return statusMenu(); },
-         .menuWillOpen =
+         .menuWillOpen = [this] { popover_.close(); },
+         .toolTip =
              [this] {
-                 popover_.close();
+                 return statusToolTip(statusTotals(), tracker_->paused());
              }});
     connect(tracker_.get(), &Tracker::revisionChanged, this, &AppDelegate::updateStatus);
     updateStatus();
@@ -169,20 +170,18 @@ void AppDelegate::applicationWillTerminate() {
     }
 }
 
+StatusTotals AppDelegate::statusTotals() const {
+    return {tracker_->total(Category::production), tracker_->total(Category::consumption),
+            tracker_->total(Category::pending)};
+}
+
 void AppDelegate::updateStatus() {
-    const StatusTotals totals{tracker_->total(Category::production),
-                              tracker_->total(Category::consumption),
-                              tracker_->total(Category::pending)};
-    const StatusTitle title = statusTitle(totals, tracker_->paused());
+    const StatusTitle title = statusTitle(statusTotals(), tracker_->paused());
     if (title_ != title) {
         title_ = title;
         status_->setTitle(title);
     }
-    const QString toolTip = statusToolTip(totals, tracker_->paused());
-    if (toolTip_ != toolTip) {
-        toolTip_ = toolTip;
-        status_->setToolTip(toolTip);
-    }
+    status_->toolTipChanged();
 }
 
 std::vector<StatusMenuItem> AppDelegate::statusMenu() {

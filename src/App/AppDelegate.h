@@ -12,6 +12,7 @@
 #include "Setup/Setup.h"
 #include "Tracking/Tracker.h"
 #include "Views/Popover.h"
+#include "Views/Text/StatusText.h"
 
 #include <QObject>
 
@@ -72,6 +73,7 @@ public:
 
 private:
     void windowWatchingChanged();
+    StatusTotals statusTotals() const;
     void updateStatus();
     std::vector<StatusMenuItem> statusMenu();
     Setup::System setupSystem();
@@ -99,7 +101,6 @@ private:
     std::unique_ptr<Tracker> tracker_;
     std::unique_ptr<StatusItem> status_;
     std::optional<StatusTitle> title_;
-    QString toolTip_;
     std::unique_ptr<MainLoopTimer> historyTimer_;
     std::unique_ptr<Setup> setup_;
     std::unique_ptr<MainLoopTimer> setupTimer_;

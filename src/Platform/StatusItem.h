@@ -9,18 +9,25 @@
 
 namespace orvanta {
 
-/// What the status item shows: an arrow and the two shares, for example "↑ 63/37".
+/// What the status item shows: an arrow and the two shares, for example "↑ 63/37". Made and
+/// compared every second, so that it holds no text.
 struct StatusTitle {
     /// How the person should take it at a glance.
     enum class Tone { secondary, production, consumption };
 
-    QString symbol;           ///< one character: "↑", "↓" or "Ⅱ"
-    QString productionShare;  ///< a whole number of percent, or "—"
-    QString consumptionShare; ///< a whole number of percent, or "—"
+    QChar symbol; ///< ↑, ↓ or Ⅱ
+    /// In whole percent; absent when nothing was counted that is either.
+    std::optional<int> production = {};
+    std::optional<int> consumption = {};
     Tone tone = Tone::secondary;
 
     QString text() const {
-        return symbol + QLatin1Char(' ') + productionShare + QLatin1Char('/') + consumptionShare;
+        return symbol + QLatin1Char(' ') + share(production) + QLatin1Char('/') +
+               share(consumption);
+    }
+
+    static QString share(std::optional<int> percent) {
+        return percent ? QString::number(*percent) : QStringLiteral("—");
     }
 
     friend bool operator==(const StatusTitle&, const StatusTitle&) = default;
@@ -45,6 +52,9 @@ public:
         std::function<std::vector<StatusMenuItem>()> menu;
         /// A right click: the menu is about to be shown.
         std::function<void()> menuWillOpen = {};
+        /// What the item says in words, also its accessible name; asked when the desktop wants to
+        /// know.
+        std::function<QString()> toolTip = {};
     };
 
     virtual ~StatusItem() = default;
@@ -56,8 +66,8 @@ public:
 
     virtual void setTitle(const StatusTitle& title) = 0;
 
-    /// What it says in words; also its accessible name.
-    virtual void setToolTip(const QString& text) = 0;
+    /// The words are other ones now. Costs next to nothing.
+    virtual void toolTipChanged() = 0;
 
 protected:
     StatusItem() = default;

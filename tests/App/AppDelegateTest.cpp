@@ -107,7 +107,7 @@ TEST_F(AppDelegateTest, TheLaunchPutsThePartsTogetherInOrder) {
     EXPECT_THAT(alerts, testing::IsEmpty());
     EXPECT_EQ(desktop.item->title.text(), u"Ⅱ —/—"_s) << "as the older version left it";
     EXPECT_EQ(
-        desktop.item->toolTip,
+        desktop.item->handlers.toolTip(),
         u"orvanta · Sem dados classificados · 0:00 · Pausado · Clique direito para Ajustes"_s);
     EXPECT_EQ(popover(), nullptr) << "nothing has to be allowed any more";
 
@@ -145,7 +145,7 @@ TEST_F(AppDelegateTest, TheStatusItemSaysWhatIsCountedAndOnlyWhenItChanges) {
     desktop.loop.advance(3.5);
     EXPECT_EQ(desktop.item->titles, titles) << "of the pending nothing is in the title";
     EXPECT_EQ(desktop.item->toolTips, toolTips + 3);
-    EXPECT_EQ(desktop.item->toolTip,
+    EXPECT_EQ(desktop.item->handlers.toolTip(),
               u"orvanta · Sem dados classificados · 0:03 · Clique direito para Ajustes"_s);
 }
 

@@ -44,9 +44,8 @@ public:
     struct Item {
         StatusItem::Handlers handlers;
         StatusTitle title;
-        QString toolTip;
         int titles = 0;
-        int toolTips = 0;
+        int toolTips = 0; ///< how often the words were said to have changed
         bool isShown = true;
     };
     std::unique_ptr<Item> item; ///< null until it is made
@@ -113,10 +112,7 @@ private:
             item.title = title;
             ++item.titles;
         }
-        void setToolTip(const QString& text) override {
-            item.toolTip = text;
-            ++item.toolTips;
-        }
+        void toolTipChanged() override { ++item.toolTips; }
         Item& item;
     };
     struct PressMonitor final : EventMonitor {

@@ -36,6 +36,6 @@ int main(int argc, char** argv) {
              return std::vector<orvanta::StatusMenuItem>{
                  {u"Mostrar todos"_s, showAll, showsAll}, {}, {u"Sair"_s, &QApplication::quit, {}}};
          }});
-    item->setTitle({u"↑"_s, u"63"_s, u"37"_s, orvanta::StatusTitle::Tone::production});
+    item->setTitle({u'↑', 63, 37, orvanta::StatusTitle::Tone::production});
     return QApplication::exec();
 }

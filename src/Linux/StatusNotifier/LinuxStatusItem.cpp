@@ -41,13 +41,10 @@ void LinuxStatusItem::setTitle(const StatusTitle& title) {
     }
 }
 
-void LinuxStatusItem::setToolTip(const QString& text) {
-    if (std::exchange(toolTip_, text) == text) {
-        return;
-    }
-    notifierItem_.setToolTip(text);
+void LinuxStatusItem::toolTipChanged() {
+    notifierItem_.toolTipChanged();
     if (embedded_) {
-        embedded_->setToolTip(text);
+        embedded_->toolTipChanged();
     }
 }
 
@@ -76,7 +73,7 @@ void LinuxStatusItem::embed() {
     if (trayManager_->isThere()) {
         embedded_ = std::make_unique<EmbeddedStatusItem>(handlers_);
         embedded_->setTitle(title_);
-        embedded_->setToolTip(toolTip_);
+        embedded_->toolTipChanged();
     }
 }
 

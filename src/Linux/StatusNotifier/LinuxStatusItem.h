@@ -24,7 +24,7 @@ public:
 
     bool isShown() const override;
     void setTitle(const StatusTitle& title) override;
-    void setToolTip(const QString& text) override;
+    void toolTipChanged() override;
 
 private:
     void choose();
@@ -33,7 +33,6 @@ private:
     Handlers handlers_;
     MainLoop& mainLoop_;
     StatusTitle title_;
-    QString toolTip_;
     StatusNotifierItem notifierItem_;
     std::unique_ptr<SystemTrayManager> trayManager_; ///< absent until a host was missed
     std::unique_ptr<EmbeddedStatusItem> embedded_;

@@ -60,17 +60,17 @@ QPainterPath textIn(const QRectF& box, const QString& text, Qt::Alignment alignm
 }
 
 /// An arrow or the two bars of a pause, drawn by hand: the font's own are too thin at this size.
-QPainterPath symbolIn(const QRectF& box, const QString& symbol) {
+QPainterPath symbolIn(const QRectF& box, QChar symbol) {
     QPainterPath path;
-    if (symbol == QStringLiteral("↑") || symbol == QStringLiteral("↓")) {
-        const bool up = symbol == QStringLiteral("↑");
+    if (symbol == u'↑' || symbol == u'↓') {
+        const bool up = symbol == u'↑';
         const double base = up ? box.bottom() : box.top();
         const double tip = up ? box.top() : box.bottom();
         path.moveTo(box.left(), base);
         path.lineTo(box.center().x(), tip);
         path.lineTo(box.right(), base);
         path.closeSubpath();
-    } else if (symbol == QStringLiteral("Ⅱ")) {
+    } else if (symbol == u'Ⅱ') {
         const double bar = std::max(1.0, std::round(box.height() / 3));
         const double left = std::round(box.center().x() - 1.5 * bar);
         path.addRect(left, box.top(), bar, box.height());
@@ -113,14 +113,14 @@ QImage statusImage(const StatusTitle& title, int edge) {
     const int margin = marginOf(edge);
     const int symbolHeight = (edge * 5 + 11) / 22;
     const int gap = std::max(1, (edge * 2) / 22);
-    const bool below = title.symbol == QStringLiteral("↓");
+    const bool below = title.symbol == u'↓';
     const int inner = edge - 2 * margin;
     const int digitsHeight = inner - symbolHeight - gap;
     const QRectF digits(margin, below ? margin : edge - margin - digitsHeight, inner, digitsHeight);
     const int symbolWidth = 2 * symbolHeight - (edge % 2);
     const QRectF symbol((edge - symbolWidth) / 2.0, below ? edge - margin - symbolHeight : margin,
                         symbolWidth, symbolHeight);
-    QPainterPath path = textIn(digits, title.productionShare, Qt::AlignHCenter);
+    QPainterPath path = textIn(digits, StatusTitle::share(title.production), Qt::AlignHCenter);
     path.addPath(symbolIn(symbol, title.symbol));
     draw(image, path, paintOf(title.tone));
     return image;
@@ -130,7 +130,8 @@ QImage wideStatusImage(const StatusTitle& title, int height) {
     const int margin = marginOf(height);
     const int digitsHeight = height * 7 / 11;
     const int top = (height - digitsHeight) / 2;
-    const QString shares = title.productionShare + QLatin1Char('/') + title.consumptionShare;
+    const QString shares = StatusTitle::share(title.production) + QLatin1Char('/') +
+                           StatusTitle::share(title.consumption);
     const QRectF symbol(margin, top, digitsHeight * 0.8, digitsHeight);
     QPainterPath path = symbolIn(symbol, title.symbol);
     constexpr double unlimited = 1e6;

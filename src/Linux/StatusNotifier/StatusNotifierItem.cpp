@@ -203,11 +203,7 @@ void StatusNotifierItem::setTitle(const StatusTitle& title) {
     Q_EMIT XAyatanaNewLabel(titleText(), labelGuide());
 }
 
-void StatusNotifierItem::setToolTip(const QString& text) {
-    if (text == toolTip_) {
-        return;
-    }
-    toolTip_ = text;
+void StatusNotifierItem::toolTipChanged() {
     if (!mayBeRead_) {
         return;
     }
@@ -232,7 +228,7 @@ StatusPixmaps StatusNotifierItem::iconPixmap() {
 
 StatusToolTip StatusNotifierItem::toolTip() const {
     // Of a tooltip with a title some hosts show the title alone.
-    return {{}, {}, toolTip_, {}};
+    return {{}, {}, handlers_.toolTip ? handlers_.toolTip() : QString(), {}};
 }
 
 QDBusObjectPath StatusNotifierItem::menu() const {

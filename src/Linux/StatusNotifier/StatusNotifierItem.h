@@ -18,8 +18,8 @@ namespace orvanta {
 ///
 /// Comes and goes with the bus's StatusNotifierWatcher, in whatever order they start. Properties
 /// are always current; a host is told of a change of the title, and otherwise at most once a
-/// minute, by a call of `setToolTip` that falls after it: nothing here ever waits on a timer. All
-/// calls on the bus are asynchronous.
+/// minute, by a call of `toolTipChanged` that falls after it: nothing here ever waits on a timer.
+/// All calls on the bus are asynchronous.
 class StatusNotifierItem final : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
@@ -56,7 +56,7 @@ public:
     StatusNotifierItem& operator=(const StatusNotifierItem&) = delete;
 
     void setTitle(const StatusTitle& title);
-    void setToolTip(const QString& text);
+    void toolTipChanged();
 
     Host host() const { return host_; }
 
@@ -113,7 +113,6 @@ private:
     bool showsWide_ = false;
 
     StatusTitle title_;
-    QString toolTip_;
     StatusPixmaps pixmaps_; ///< of title_; empty: not drawn yet
     double toldAt_ = 0;     ///< uptime of the last signal that made hosts read the tooltip
 };

@@ -42,7 +42,8 @@ public:
     explicit EmbeddedStatusItem(const StatusItem::Handlers& handlers);
 
     void setTitle(const StatusTitle& title);
-    void setToolTip(const QString& text) { icon_.setToolTip(text); }
+    /// Of an embedded item nobody asks for the words: they are set.
+    void toolTipChanged() { icon_.setToolTip(handlers_.toolTip()); }
 
 private:
     void fillMenu();

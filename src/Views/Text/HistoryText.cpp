@@ -40,8 +40,8 @@ QString dayShares(const DayTotals& totals) {
         return QStringLiteral("Sem dados classificados");
     }
     const double ratio = totals.production / classified;
-    return QStringLiteral("Produção ") + percent(ratio) + QStringLiteral("% · Consumo ") +
-           percent(1 - ratio) + u'%';
+    return QStringLiteral("Produção ") + QString::number(percent(ratio)) +
+           QStringLiteral("% · Consumo ") + QString::number(percent(1 - ratio)) + u'%';
 }
 
 QStringList monthLabels(const std::vector<std::vector<HistoryDay>>& weeks,

@@ -5,7 +5,7 @@
 namespace orvanta {
 
 QString metricPercentage(std::optional<double> ratio) {
-    return ratio ? percent(*ratio) + u'%' : QStringLiteral("—");
+    return ratio ? QString::number(percent(*ratio)) + u'%' : QStringLiteral("—");
 }
 
 QString listingTitle(Listing listing, bool paused) {

@@ -1,14 +1,11 @@
 #include "Views/Text/Percent.h"
 
-#include <array>
-#include <cstdio>
+#include <cmath>
 
 namespace orvanta {
 
-QString percent(double share) {
-    std::array<char, 8> digits{};
-    std::snprintf(digits.data(), digits.size(), "%.0f", share * 100);
-    return QString::fromLatin1(digits.data());
+int percent(double share) {
+    return static_cast<int>(std::nearbyint(share * 100));
 }
 
 } // namespace orvanta

@@ -6,19 +6,18 @@
 namespace orvanta {
 
 StatusTitle statusTitle(const StatusTotals& totals, bool paused) {
-    const QString up = QStringLiteral("↑");
-    const QString pause = QStringLiteral("Ⅱ");
+    constexpr QChar up(u'↑');
+    constexpr QChar down(u'↓');
+    constexpr QChar pause(u'Ⅱ');
     const double counted = totals.production + totals.consumption;
     if (counted <= 0) {
-        const QString none = QStringLiteral("—");
-        return {paused ? pause : up, none, none, StatusTitle::Tone::secondary};
+        return {paused ? pause : up};
     }
     const double production = totals.production / counted;
-    StatusTitle title{pause, percent(production), percent(1 - production),
-                      StatusTitle::Tone::secondary};
+    StatusTitle title{pause, percent(production), percent(1 - production)};
     if (!paused) {
         const bool half = production >= 0.5;
-        title.symbol = half ? up : QStringLiteral("↓");
+        title.symbol = half ? up : down;
         title.tone = half ? StatusTitle::Tone::production : StatusTitle::Tone::consumption;
     }
     return title;
@@ -29,8 +28,9 @@ QString statusToolTip(const StatusTotals& totals, bool paused) {
     QString text = QStringLiteral("orvanta · ");
     if (counted > 0) {
         const double production = totals.production / counted;
-        text += QStringLiteral("Produção ") + percent(production) + QStringLiteral("% · Consumo ") +
-                percent(1 - production) + QLatin1Char('%');
+        text += QStringLiteral("Produção ") + QString::number(percent(production)) +
+                QStringLiteral("% · Consumo ") + QString::number(percent(1 - production)) +
+                QLatin1Char('%');
     } else {
         text += QStringLiteral("Sem dados classificados");
     }
