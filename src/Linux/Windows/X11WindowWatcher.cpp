@@ -20,8 +20,9 @@ namespace {
 /// How long after the start a desktop may take to bring up its window manager.
 constexpr MainLoop::Duration windowManagerPatience{10.0};
 
-/// A switch comes as a handful of changes within a millisecond or two: they are waited for and read
-/// together, which saves most of the wake-ups.
+/// A switch comes as a handful of changes within a millisecond or two, and a server may answer a
+/// handful of questions one at a time: changes and answers are let come and looked at together, as
+/// each would be a wake-up.
 constexpr std::chrono::milliseconds gathering{10};
 
 /// Window managers publish "none" before each switch; it counts once it has stood this long.
@@ -46,15 +47,66 @@ public:
     PropertyRequest(xcb_connection_t* connection, xcb_window_t window, xcb_atom_t property,
                     uint32_t length)
         : connection_(connection)
-        , cookie_(xcb_get_property(connection, 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0,
-                                   length)) {}
+        , sequence_(xcb_get_property(connection, 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0,
+                                     length)
+                        .sequence) {}
+    ~PropertyRequest() {
+        if (sequence_ != 0) {
+            xcb_discard_reply(connection_, sequence_);
+        }
+    }
+    PropertyRequest(const PropertyRequest&) = delete;
+    PropertyRequest& operator=(const PropertyRequest&) = delete;
 
-    /// Null when the window or the connection is gone. To be called exactly once.
-    Property reply() const { return owned(xcb_get_property_reply(connection_, cookie_, nullptr)); }
+    /// Null when the window or the connection is gone. To be called once at most.
+    Property reply() {
+        return owned(xcb_get_property_reply(connection_, {std::exchange(sequence_, 0)}, nullptr));
+    }
 
 private:
     xcb_connection_t* connection_;
-    xcb_get_property_cookie_t cookie_;
+    unsigned sequence_;
+};
+
+/// The process of a window's client, by the server's own knowledge (X-Resource 1.2); nothing is
+/// asked of a server that has none.
+class ClientIdsRequest {
+public:
+    ClientIdsRequest(xcb_connection_t* connection, xcb_window_t window, bool isKnown)
+        : connection_(connection) {
+        if (isKnown) {
+            const xcb_res_client_id_spec_t client{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+            sequence_ = xcb_res_query_client_ids(connection, 1, &client).sequence;
+        }
+    }
+    ~ClientIdsRequest() {
+        if (sequence_ != 0) {
+            xcb_discard_reply(connection_, sequence_);
+        }
+    }
+    ClientIdsRequest(const ClientIdsRequest&) = delete;
+    ClientIdsRequest& operator=(const ClientIdsRequest&) = delete;
+
+    /// 0 when it does not know: the client runs on another machine. To be called once at most.
+    uint32_t process() {
+        const auto ids = owned(
+            xcb_res_query_client_ids_reply(connection_, {std::exchange(sequence_, 0)}, nullptr));
+        uint32_t process = 0;
+        if (ids) {
+            for (auto i = xcb_res_query_client_ids_ids_iterator(ids.get()); i.rem > 0;
+                 xcb_res_client_id_value_next(&i)) {
+                if (i.data->spec.mask == XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID &&
+                    xcb_res_client_id_value_value_length(i.data) == 1) {
+                    process = *xcb_res_client_id_value_value(i.data);
+                }
+            }
+        }
+        return process;
+    }
+
+private:
+    xcb_connection_t* connection_;
+    unsigned sequence_ = 0;
 };
 
 /// The values of a property of 32-bit units; empty unless it is of this type.
@@ -96,6 +148,23 @@ bool hasClass(const Window& window) {
 }
 
 } // namespace
+
+/// What is asked when the active window may be another.
+struct X11WindowWatcher::ActiveRequest {
+    PropertyRequest active;
+    PropertyRequest list;
+};
+
+/// What is asked of the active window.
+struct X11WindowWatcher::WindowRequest {
+    xcb_window_t id;
+    PropertyRequest wmClass;
+    PropertyRequest types;
+    PropertyRequest gtkApplicationId;
+    PropertyRequest desktopFile;
+    PropertyRequest claimedPid;
+    ClientIdsRequest clientIds;
+};
 
 X11WindowWatcher::X11WindowWatcher(const QByteArray& display, MainLoop& mainLoop)
     : WindowWatcher(State::Unsupported)
@@ -188,14 +257,14 @@ void X11WindowWatcher::process() {
     while (const auto event = owned(xcb_poll_for_event(connection_.get()))) {
         note(*event);
     }
-    if (xcb_connection_has_error(connection_.get()) != 0) {
-        end();
-        return;
-    }
     if (std::exchange(windowManagerMoved_, false)) {
         readWindowManager();
+    } else if (windowRequest_) {
+        takeWindow();
+    } else if (activeRequest_) {
+        takeActive();
     } else if (activeWindowMoved_) {
-        readActiveWindow();
+        askForActive();
     }
     settle();
 }
@@ -203,13 +272,15 @@ void X11WindowWatcher::process() {
 /// Leaves nothing behind that the socket would not announce: reading a reply can bring events
 /// along. They are gathered anew, so that a client which floods us starves nobody.
 void X11WindowWatcher::settle() {
-    xcb_flush(connection_.get());
     while (const auto event = owned(xcb_poll_for_queued_event(connection_.get()))) {
         note(*event);
     }
     if (xcb_connection_has_error(connection_.get()) != 0) {
         end();
-    } else if (windowManagerMoved_ || activeWindowMoved_) {
+        return;
+    }
+    xcb_flush(connection_.get());
+    if (activeRequest_ || windowRequest_ || windowManagerMoved_ || activeWindowMoved_) {
         gather_.start();
     } else {
         readable_->setEnabled(true);
@@ -259,6 +330,8 @@ void X11WindowWatcher::readWindowManager() {
         select(check_, XCB_EVENT_MASK_NO_EVENT);
     }
     check_ = check;
+    activeRequest_.reset();
+    windowRequest_.reset();
     if (isWindowManager(check)) {
         patience_.reset();
         setState(State::Watching);
@@ -281,32 +354,55 @@ bool X11WindowWatcher::isWindowManager(xcb_window_t check) const {
     }
     xcb_connection_t* const c = connection_.get();
     select(check, checkWindowEvents); // First, so that its end is not missed.
-    const PropertyRequest itself(c, check, atoms_[SupportingWmCheck], 1);
-    const PropertyRequest supported(c, root_, atoms_[Supported], longestSupportedList);
+    PropertyRequest itself(c, check, atoms_[SupportingWmCheck], 1);
+    PropertyRequest supported(c, root_, atoms_[Supported], longestSupportedList);
     const bool alive = firstWord(itself.reply(), XCB_ATOM_WINDOW) == check;
     const auto hints = supported.reply();
     return alive && std::ranges::count(words(hints, XCB_ATOM_ATOM), atoms_[ActiveWindow]) > 0;
 }
 
+/// At once, and waiting for the server.
 void X11WindowWatcher::readActiveWindow() {
-    activeWindowMoved_ = false;
-    if (state() != State::Watching) {
-        return;
+    askForActive();
+    takeActive();
+    if (windowRequest_) {
+        takeWindow();
     }
-    const xcb_window_t id = readActiveWindowId();
+}
+
+void X11WindowWatcher::askForActive() {
+    activeWindowMoved_ = false;
+    if (state() == State::Watching) {
+        xcb_connection_t* const c = connection_.get();
+        activeRequest_ = std::unique_ptr<ActiveRequest>(
+            new ActiveRequest{{c, root_, atoms_[ActiveWindow], 1},
+                              {c, root_, atoms_[ClientList], longestClientList}});
+    }
+}
+
+void X11WindowWatcher::takeActive() {
+    const xcb_window_t id = activeWindowId(*activeRequest_);
+    activeRequest_.reset();
     if (awaitingClass_ != id) {
         stopAwaitingClass();
     }
-    std::optional<Window> window;
-    if (id != XCB_WINDOW_NONE) {
-        window = readWindow(id);
+    if (id == XCB_WINDOW_NONE) {
+        publish(std::nullopt);
+    } else {
+        windowRequest_ = askForWindow(id);
     }
+}
+
+void X11WindowWatcher::takeWindow() {
+    const xcb_window_t id = windowRequest_->id;
+    auto window = windowOf(*windowRequest_);
+    windowRequest_.reset();
     if (window && !hasClass(*window)) {
         // Anew each time: under the same id it may be another window. It may get its class before
         // we listen, so look once more.
         awaitingClass_ = id;
         select(id, XCB_EVENT_MASK_PROPERTY_CHANGE);
-        window = readWindow(id);
+        window = windowOf(*askForWindow(id));
     }
     if (window && hasClass(*window)) {
         stopAwaitingClass();
@@ -320,12 +416,9 @@ void X11WindowWatcher::stopAwaitingClass() {
     }
 }
 
-xcb_window_t X11WindowWatcher::readActiveWindowId() const {
-    xcb_connection_t* const c = connection_.get();
-    const PropertyRequest active(c, root_, atoms_[ActiveWindow], 1);
-    const PropertyRequest list(c, root_, atoms_[ClientList], longestClientList);
-    const xcb_window_t id = firstWord(active.reply(), XCB_ATOM_WINDOW);
-    const auto clients = list.reply();
+xcb_window_t X11WindowWatcher::activeWindowId(ActiveRequest& request) const {
+    const xcb_window_t id = firstWord(request.active.reply(), XCB_ATOM_WINDOW);
+    const auto clients = request.list.reply();
     if (id == root_ || id == check_) {
         return XCB_WINDOW_NONE; // The window manager keeps the focus itself.
     }
@@ -338,49 +431,41 @@ xcb_window_t X11WindowWatcher::readActiveWindowId() const {
     return id;
 }
 
-/// One round trip. Absent if the window is gone, or is the desktop itself or a panel: the file
-/// manager that draws the desktop is not the file manager in use.
-std::optional<Window> X11WindowWatcher::readWindow(xcb_window_t id) const {
+std::unique_ptr<X11WindowWatcher::WindowRequest>
+X11WindowWatcher::askForWindow(xcb_window_t id) const {
     xcb_connection_t* const c = connection_.get();
-    const PropertyRequest wmClass(c, id, XCB_ATOM_WM_CLASS, longestText);
-    const PropertyRequest types(c, id, atoms_[WindowType], longestTypeList);
-    const PropertyRequest gtkApplicationId(c, id, atoms_[GtkApplicationId], longestText);
-    const PropertyRequest desktopFile(c, id, atoms_[KdeDesktopFile], longestText);
-    const PropertyRequest claimedPid(c, id, atoms_[WmPid], 1);
-    xcb_res_query_client_ids_cookie_t clientIds{};
-    if (tellsClientIds_) {
-        const xcb_res_client_id_spec_t client{id, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-        clientIds = xcb_res_query_client_ids(c, 1, &client);
-    }
+    return std::unique_ptr<WindowRequest>(
+        new WindowRequest{id,
+                          {c, id, XCB_ATOM_WM_CLASS, longestText},
+                          {c, id, atoms_[WindowType], longestTypeList},
+                          {c, id, atoms_[GtkApplicationId], longestText},
+                          {c, id, atoms_[KdeDesktopFile], longestText},
+                          {c, id, atoms_[WmPid], 1},
+                          {c, id, tellsClientIds_}});
+}
 
+/// Absent if the window is gone, or is the desktop itself or a panel: the file manager that draws
+/// the desktop is not the file manager in use.
+std::optional<Window> X11WindowWatcher::windowOf(WindowRequest& request) const {
     Window window;
-    window.id = id;
-    const auto classReply = wmClass.reply();
-    const auto typesReply = types.reply();
+    window.id = request.id;
+    const auto classReply = request.wmClass.reply();
+    const auto typesReply = request.types.reply();
     auto bytes = text(classReply, atoms_[Utf8String]);
     window.wmInstance = takeString(bytes);
     window.wmClass = takeString(bytes);
-    const auto gtkReply = gtkApplicationId.reply();
+    const auto gtkReply = request.gtkApplicationId.reply();
     bytes = text(gtkReply, atoms_[Utf8String]);
     window.gtkApplicationId = takeString(bytes);
-    const auto fileReply = desktopFile.reply();
+    const auto fileReply = request.desktopFile.reply();
     bytes = text(fileReply, atoms_[Utf8String]);
     window.desktopFile = takeString(bytes);
 
-    uint32_t pid = firstWord(claimedPid.reply(), XCB_ATOM_CARDINAL);
+    uint32_t pid = firstWord(request.claimedPid.reply(), XCB_ATOM_CARDINAL);
     if (tellsClientIds_) {
         // The server knows the process of every local client; one that it does not know runs on
         // another machine, and its claim would name a stranger here.
-        pid = 0;
-        if (const auto ids = owned(xcb_res_query_client_ids_reply(c, clientIds, nullptr))) {
-            for (auto i = xcb_res_query_client_ids_ids_iterator(ids.get()); i.rem > 0;
-                 xcb_res_client_id_value_next(&i)) {
-                if (i.data->spec.mask == XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID &&
-                    xcb_res_client_id_value_value_length(i.data) == 1) {
-                    pid = *xcb_res_client_id_value_value(i.data);
-                }
-            }
-        }
+        pid = request.clientIds.process();
     }
     if (pid != 0) {
         window.processIdentifier = pid;

@@ -52,6 +52,9 @@ private:
         void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
     };
 
+    struct ActiveRequest;
+    struct WindowRequest;
+
     bool connectTo(const QByteArray& display);
     void process();
     void settle();
@@ -60,8 +63,12 @@ private:
     void readWindowManager();
     bool isWindowManager(xcb_window_t check) const;
     void readActiveWindow();
-    xcb_window_t readActiveWindowId() const;
-    std::optional<Window> readWindow(xcb_window_t id) const;
+    void askForActive();
+    void takeActive();
+    void takeWindow();
+    xcb_window_t activeWindowId(ActiveRequest& request) const;
+    std::unique_ptr<WindowRequest> askForWindow(xcb_window_t id) const;
+    std::optional<Window> windowOf(WindowRequest& request) const;
     void stopAwaitingClass();
     void publish(std::optional<Window> window);
     void select(xcb_window_t window, uint32_t events) const;
@@ -77,7 +84,10 @@ private:
     xcb_window_t awaitingClass_ = XCB_WINDOW_NONE; ///< active, but nameless so far
     bool windowManagerMoved_ = false;
     bool activeWindowMoved_ = false;
-    QTimer gather_; ///< from the first event of several until they are read together
+    // Asked for, and not yet taken: at most one of the two.
+    std::unique_ptr<ActiveRequest> activeRequest_;
+    std::unique_ptr<WindowRequest> windowRequest_;
+    QTimer gather_; ///< until what has come is looked at together
 
     std::unique_ptr<MainLoopTimer> patience_;
     std::unique_ptr<MainLoopTimer> noneSettles_;
