@@ -9,6 +9,8 @@
 #include "Views/ReadingOrder.h"
 #include "Views/SetupView.h"
 
+#include <QContextMenuEvent>
+#include <QCoreApplication>
 #include <QPainter>
 
 #include <utility>
@@ -54,6 +56,15 @@ void PanelRoot::paintEvent(QPaintEvent* /*event*/) {
 void PanelRoot::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     setFocus(Qt::PopupFocusReason); // So that the first Tab leads to the first control.
+}
+
+/// Before the first Tab the Menu key comes here.
+void PanelRoot::contextMenuEvent(QContextMenuEvent* event) {
+    if (showsPanel_ && event->reason() == QContextMenuEvent::Keyboard) {
+        QCoreApplication::sendEvent(view_, event);
+    } else {
+        QWidget::contextMenuEvent(event);
+    }
 }
 
 bool PanelRoot::focusNextPrevChild(bool next) {

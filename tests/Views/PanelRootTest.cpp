@@ -2,12 +2,15 @@
 
 #include "Fakes/FakeAppearance.h"
 #include "Fakes/World.h"
+#include "PanelStage.h"
 #include "SetupDesk.h"
 #include "Views/Palette.h"
 #include "Views/PanelView.h"
 #include "Views/SetupView.h"
 #include "WidgetReading.h"
 
+#include <QContextMenuEvent>
+#include <QMenu>
 #include <QTest>
 
 using namespace orvanta;
@@ -54,5 +57,22 @@ TEST(PanelRootTest, FollowsTheAppearanceWhileOpen) {
         const Palette palette(scheme);
         EXPECT_EQ(image.pixel(1, 1), palette.background.rgb());
         EXPECT_EQ(image.pixel(1, 87), palette.rule.rgb());
+    }
+}
+
+TEST(PanelRootTest, TheMenuKeyOpensTheMenuWhateverHasTheKeyboard) {
+    PanelStage stage({{"a", Category::pending, 60}});
+    PanelRoot& root = stage.open();
+    for (const char* name : {"", "Pausar", "a: Consumo"}) {
+        if (*name != '\0') {
+            stage.button(name).setFocus();
+        }
+        // As the desktop makes of the Menu key.
+        QContextMenuEvent event(QContextMenuEvent::Keyboard, {}, {});
+        QApplication::sendEvent(root.focusWidget(), &event);
+        auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        ASSERT_NE(menu, nullptr) << name;
+        EXPECT_EQ(menu->actions().first()->text(), QStringLiteral("Mostrar todos"));
+        QTest::keyClick(menu, Qt::Key_Escape);
     }
 }
