@@ -53,10 +53,11 @@ QWidget* GeneralSettings::monitoringSection() {
     auto* const column = new QVBoxLayout(section);
     browsers_ = new QVBoxLayout;
     column->addLayout(browsers_);
-    column->addWidget(new Caption(QStringLiteral(
+    belowBrowsers_ = new Caption(QStringLiteral(
         "Somente a aba ativa do navegador em primeiro plano conta tempo. Abas em segundo plano "
         "não contam. O macOS pedirá permissão de Automação; apenas o domínio é armazenado. As "
-        "sugestões podem ser corrigidas pelas setas do painel.")));
+        "sugestões podem ser corrigidas pelas setas do painel."));
+    column->addWidget(belowBrowsers_);
     return section;
 }
 
@@ -164,6 +165,7 @@ void GeneralSettings::showBrowsers(const std::vector<Browser>& browsers) {
         connect(row, &BrowserSitesRow::settingsWanted, this,
                 [this] { system_.launcher.open(Setup::automationSettings()); });
         browsers_->addWidget(row);
+        row->stackUnder(belowBrowsers_); // Screen readers read in this order.
         row->show();
         rows_.push_back(row);
     }

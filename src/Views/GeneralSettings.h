@@ -54,6 +54,7 @@ private:
     Setup::System system_;
     const Calendar& calendar_;
     QVBoxLayout* browsers_ = nullptr;
+    Caption* belowBrowsers_ = nullptr;
     std::vector<BrowserSitesRow*> rows_;
     QCheckBox* loginSwitch_ = nullptr;
     Caption* loginProblem_ = nullptr;

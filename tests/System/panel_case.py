@@ -62,8 +62,9 @@ class ScreenReader:
         desktop.wait_until(lambda: not self.find(name), f"the end of '{name}'")
 
     def focused(self):
+        # Tabs say so for their list, and are not heard to lose it.
         return next((node["name"] for node in reversed(self.nodes())
-                     if "focused" in node["states"]), None)
+                     if "focused" in node["states"] and node["role"] != "page tab"), None)
 
 
 class PanelTest(shell_case.ShellTest):
@@ -121,6 +122,20 @@ class PanelTest(shell_case.ShellTest):
     def click_on(self, name, button=1):
         self.move_to(name)
         self.desktop.run("xdotool", "click", str(button))
+
+    def tab_to(self, name):
+        self.reader.wait_for(name)
+        seen = []
+        while (focused := self.reader.focused()) != name:
+            self.assertNotIn(focused, seen, f"no Tab leads to {name}")
+            seen.append(focused)
+            self.desktop.press("Tab")
+            desktop.wait_until(lambda: self.reader.focused() not in (focused, None),
+                               "the next control")
+
+    def press_on(self, name, key="space"):
+        self.tab_to(name)
+        self.desktop.press(key)
 
     def pixel(self, x, y):
         path = self.desktop.folder / "pixel.ppm"

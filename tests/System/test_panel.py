@@ -171,20 +171,6 @@ class Panel(panel_case.PanelTest):
                                delta=2 * case.TOLERANCE + 1)
         self.assertEqual(self.store.integrity(), "ok")
 
-    def tab_to(self, name):
-        self.reader.wait_for(name)
-        seen = []
-        while (focused := self.reader.focused()) != name:
-            self.assertNotIn(focused, seen, f"no Tab leads to {name}")
-            seen.append(focused)
-            self.desktop.press("Tab")
-            desktop.wait_until(lambda: self.reader.focused() not in (focused, None),
-                               "the next control")
-
-    def press_on(self, name, key="space"):
-        self.tab_to(name)
-        self.desktop.press(key)
-
     def test_with_the_keyboard_alone(self):
         self.open()
         self.press_on("Histórico por dia")
