@@ -3,6 +3,8 @@
 #include <QCloseEvent>
 #include <QLayout>
 
+#include <algorithm>
+
 namespace orvanta {
 
 SettingsWindow::SettingsWindow(QWidget* content)
@@ -18,7 +20,7 @@ SettingsWindow::SettingsWindow(QWidget* content)
 void SettingsWindow::centre(const QRect& area) {
     QRect frame(QPoint(), sizeHint());
     frame.moveCenter(area.center());
-    move(frame.topLeft());
+    move(std::max(frame.left(), area.left()), std::max(frame.top(), area.top()));
 }
 
 void SettingsWindow::closeEvent(QCloseEvent* event) {

@@ -15,7 +15,7 @@ public:
     /// Takes the content over.
     explicit SettingsWindow(QWidget* content);
 
-    /// In the middle of this area.
+    /// In the middle of this area; where that is too small, with the title bar inside.
     void centre(const QRect& area);
 
 Q_SIGNALS:

@@ -121,3 +121,12 @@ TEST_F(SettingsWindowTest, TheAboutPanelNamesWhatOrvantaIsBuiltOn) {
 }
 
 } // namespace
+
+TEST_F(SettingsWindowTest, ItsTitleBarIsInReachOnASmallScreenToo) {
+    const QRect large(100, 50, 1000, 800);
+    window.centre(large);
+    const QRect inside(window.pos(), window.size());
+    EXPECT_LE((inside.center() - large.center()).manhattanLength(), 2);
+    window.centre({7, 28, 500, 400});
+    EXPECT_EQ(window.pos(), QPoint(7, 28));
+}
