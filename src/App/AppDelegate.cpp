@@ -250,6 +250,7 @@ void AppDelegate::showPopover(bool isAsked) {
         return;
     }
     browsersRead_.reset();
+    desktop_.updateFrontmost(); // What came to the front before does not close it.
     tracker_->setInspecting(true);
     startPopoverDismissalMonitoring();
     auto content = std::make_unique<PanelRoot>(

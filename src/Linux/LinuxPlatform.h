@@ -43,6 +43,7 @@ public:
     QPoint pointerPosition() const override;
     std::unique_ptr<EventMonitor>
     addGlobalMonitorForMouseDowns(std::function<void(QPoint)> handler) override;
+    void updateFrontmost() override { watcher_->update(); }
     void keepInactive(QWindow& window) override;
     void activate(QWindow& window) override;
 

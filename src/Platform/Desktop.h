@@ -77,6 +77,9 @@ public:
     /// where the desktop tells nobody of others' presses.
     virtual std::unique_ptr<EventMonitor>
     addGlobalMonitorForMouseDowns(std::function<void(QPoint)> handler) = 0;
+    /// What has come to the front until now is announced before this returns, where the desktop can
+    /// be asked; it may have to be waited for.
+    virtual void updateFrontmost() = 0;
     /// Whoever types into this window by a grab of the keyboard, the application does not become
     /// the active one by it. For one window; it exists already.
     virtual void keepInactive(QWindow& window) = 0;

@@ -213,6 +213,14 @@ TEST_F(AppDelegateTest, ThePopoverClosesByItself) {
     desktop.front("editor");
     EXPECT_EQ(popover(), nullptr);
 
+    desktop.untold = [this] {
+        desktop.front("browser");
+    };
+    click();
+    EXPECT_NE(popover(), nullptr) << "what came to the front before it opened";
+    desktop.untold = nullptr;
+    popover()->close();
+
     click();
     QTest::keyPress(popover(), Qt::Key_Alt);
     EXPECT_EQ(popover(), nullptr) << "the desktop's keys are not for the panel";

@@ -50,6 +50,8 @@ public:
     };
     std::unique_ptr<Item> item; ///< null until it is made
     std::function<void(QPoint)> pressHandler;
+    /// What has happened on the desktop and was not told yet.
+    std::function<void()> untold;
 
     /// A press of the mouse in some other application.
     void press(QPoint place) {
@@ -97,6 +99,11 @@ public:
         }
         pressHandler = std::move(handler);
         return std::make_unique<PressMonitor>(*this);
+    }
+    void updateFrontmost() override {
+        if (untold) {
+            untold();
+        }
     }
     void keepInactive(QWindow& /*window*/) override {}
     void activate(QWindow& window) override {

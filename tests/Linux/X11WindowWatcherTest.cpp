@@ -96,6 +96,19 @@ TEST_F(X11WindowWatcherTest, AWindowIsReadWithItsIdentity) {
     EXPECT_EQ(watcher->activeWindow()->processIdentifier, ::getpid()) << "the server knows better";
 }
 
+TEST_F(X11WindowWatcherTest, WhoCannotWaitAsksAndIsToldOnce) {
+    watch();
+    showMarker();
+    int told = 0;
+    QObject::connect(&*watcher, &WindowWatcher::activeWindowChanged, &*watcher, [&] { ++told; });
+    setActive(client.create("b", "B"));
+    watcher->update();
+    EXPECT_EQ(activeClass(), u"B"_s);
+    setActive(client.create("c", "C"));
+    ASSERT_TRUE(becomesActive("C"));
+    EXPECT_EQ(told, 2);
+}
+
 TEST_F(X11WindowWatcherTest, NoneBetweenTwoWindowsIsNoise) {
     watch();
     showMarker();

@@ -22,6 +22,10 @@ public:
     /// Watching. A cached answer.
     const std::optional<Window>& activeWindow() const { return activeWindow_; }
 
+    /// Asks for the window that has the focus now and waits for the answer; where the display
+    /// system has nobody to ask, does nothing.
+    virtual void update() {}
+
 Q_SIGNALS:
     void activeWindowChanged();
     void stateChanged();

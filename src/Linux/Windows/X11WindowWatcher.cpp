@@ -287,6 +287,14 @@ void X11WindowWatcher::settle() {
     }
 }
 
+void X11WindowWatcher::update() {
+    if (state() == State::Watching) {
+        windowRequest_.reset();
+        readActiveWindow();
+        settle();
+    }
+}
+
 void X11WindowWatcher::end() {
     readable_->setEnabled(false); // A closed socket stays readable.
     gather_.stop();

@@ -32,6 +32,8 @@ public:
     X11WindowWatcher(const X11WindowWatcher&) = delete;
     X11WindowWatcher& operator=(const X11WindowWatcher&) = delete;
 
+    void update() override;
+
 private:
     enum Atom : unsigned {
         ActiveWindow,
