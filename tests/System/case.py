@@ -45,12 +45,15 @@ class SystemTest(unittest.TestCase):
     maxDiff = None
 
     def setUp(self):
-        self.desktop = desktop.Desktop(time_zone=desktop.zone_far_from_midnight())
+        self.desktop = self.make_desktop()
         self.addCleanup(self.desktop.close)
         self.desktop.open()
         self.orvanta = desktop.Orvanta(self.desktop, os.environ["ORVANTA_EXECUTABLE"])
         self.store = Store(self.orvanta.store.path)
         self.addCleanup(self._repeat_complaints)
+
+    def make_desktop(self):
+        return desktop.Desktop(time_zone=desktop.zone_far_from_midnight())
 
     def _repeat_complaints(self):
         if complaints := self.orvanta.complaints():

@@ -17,6 +17,14 @@ import shell_case
 _ACCESSIBILITY_BUS = "/usr/libexec/at-spi-bus-launcher"
 
 
+DAYS = ("SEG", "TER", "QUA", "QUI", "SEX", "SÁB", "DOM")
+MONTHS = ("JAN", "FEV", "MAR", "ABR", "MAI", "JUN", "JUL", "AGO", "SET", "OUT", "NOV", "DEZ")
+
+
+def day_title(day):
+    return f"{DAYS[day.weekday()]} {day.day} {MONTHS[day.month - 1]}"
+
+
 class ScreenReader:
     def __init__(self, place):
         place.spawn([_ACCESSIBILITY_BUS, "--launch-immediately"])

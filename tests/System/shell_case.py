@@ -14,6 +14,8 @@ PREFERENCES = "com.brindlework.orvanta.plist"
 
 
 class ShellTest(case.SystemTest):
+    environment = None  # Of the application, where it is not the desktop's.
+
     def finish_setup(self):
         (self.configuration() / PREFERENCES).write_bytes(plistlib.dumps({"setupDoneV1": True}))
 
@@ -67,7 +69,7 @@ class ShellTest(case.SystemTest):
         self.terminal = self.desktop.launch_xterm()
         self.panel = panels.XfcePanel(self.desktop)
         self.panel.start()
-        self.orvanta.start()
+        self.orvanta.start(self.environment)
         return self.wait_for_item(self.panel)
 
     def start_again(self):

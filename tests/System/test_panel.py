@@ -18,14 +18,6 @@ ACTIVITIES = [(case.XTERM, "XTerm", "pending", 1000), (case.MOUSEPAD, "Mousepad"
 YESTERDAY = [(1, case.MOUSEPAD, 1800), (1, "site:alfa.test", 600)]
 
 
-DAYS = ("SEG", "TER", "QUA", "QUI", "SEX", "SÁB", "DOM")
-MONTHS = ("JAN", "FEV", "MAR", "ABR", "MAI", "JUN", "JUL", "AGO", "SET", "OUT", "NOV", "DEZ")
-
-
-def day_title(day):
-    return f"{DAYS[day.weekday()]} {day.day} {MONTHS[day.month - 1]}"
-
-
 def days_of_week(day):
     """Up to this day; where the session's language has no country, weeks begin on Mondays."""
     return day.weekday() + 1
@@ -263,7 +255,7 @@ class Panel(panel_case.PanelTest):
             ("Produção", "Sem dados"))]
         self.assertEqual(len(days), 12 * 7 + days_of_week(today))
         self.assertEqual([(day["role"], day["name"], day["children"]) for day in days[-2:]],
-                         [("label", day_title(day), []) for day in (yesterday, today)])
+                         [("label", panel_case.day_title(day), []) for day in (yesterday, today)])
         self.assertEqual(days[-2]["description"], "Produção 75% · Consumo 25%")
 
         self.assertTrue(self.reader.press("Zerar tempo"))
