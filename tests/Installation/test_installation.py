@@ -21,6 +21,8 @@ ICONS = {f"share/icons/hicolor/scalable/apps/{NAME}.svg",
 EXTENSION = {path.name for path in (SOURCES / "browser" / "extension").iterdir()}
 BELOW_ANY_PREFIX = {
     "bin/orvanta", "bin/orvanta-browser-host", ENTRY, *ICONS, f"share/metainfo/{NAME}.metainfo.xml",
+    "share/man/man1/orvanta.1.gz", "share/man/man1/orvanta-browser-host.1.gz",
+    "share/man/pt_BR/man1/orvanta.1.gz",
     "share/orvanta/browser/orvanta.crx", "share/orvanta/browser/orvanta.xpi",
     *(f"share/orvanta/browser/extension/{name}" for name in EXTENSION)}
 

@@ -1,0 +1,63 @@
+"""The Debian package of the build tree under test: what is in it, and what is left when it goes."""
+
+import os
+import re
+
+import test_installation
+from test_installation import NAME, files_in, run
+
+ADMINISTRATION = "var/lib/dpkg"
+# Debian's own first uploads answer a wish in its bug tracker.
+NOT_OURS = "initial-upload-closes-no-bugs"
+
+
+class Package(test_installation.InFolder):
+    def pack(self, release):
+        run(os.environ["ORVANTA_CPACK"], "--config", test_installation.BUILD / "CPackConfig.cmake",
+            "-G", "DEB", "-B", self.folder, "-D", f"CPACK_DEBIAN_PACKAGE_RELEASE={release}")
+        return next(self.folder.glob(f"orvanta_*-{release}_*.deb"))
+
+    def test_it_has_what_is_installed_for_everybody_and_satisfies_debian(self):
+        package = self.pack(1)
+        content, installed = self.folder / "content", self.folder / "installed"
+        run("dpkg-deb", "-x", package, content)
+        test_installation.install("/usr", installed)
+        self.assertEqual(files_in(content) - files_in(installed),
+                         {f"usr/share/doc/orvanta/{name}"
+                          for name in ("changelog.Debian.gz", "copyright")})
+        # The paths that files name are the same, too, though it was installed somewhere else.
+        for path in files_in(installed):
+            if not path.startswith("usr/bin/"):
+                self.assertEqual((content / path).read_bytes(), (installed / path).read_bytes(), path)
+        for program in ("orvanta", "orvanta-browser-host"):
+            self.assertTrue(os.access(content / "usr/bin" / program, os.X_OK))
+
+        needed = re.split(", | ", run("dpkg-deb", "-f", package, "Depends"))
+        for library in ("libqt6widgets6", "libsqlite3-0", "libplist3", "qt6-qpa-plugins"):
+            self.assertIn(library, needed)
+        run("lintian", "--fail-on", "error,warning", "--suppress-tags", NOT_OURS, package)
+
+    def test_an_upgrade_and_a_removal_leave_nothing_behind(self):
+        root = self.folder / "root"
+        for folder in ("info", "updates", "triggers"):
+            (root / ADMINISTRATION / folder).mkdir(parents=True)
+        for file in ("status", "available"):
+            (root / ADMINISTRATION / file).touch()
+
+        def dpkg(*arguments):
+            """On a system with nothing else, nor any rights on this one."""
+            run("fakeroot", "dpkg", f"--root={root}", f"--log={self.folder}/log", "--force-depends",
+                *arguments, PATH=os.environ["PATH"] + ":/usr/sbin:/sbin")
+
+        def there():
+            return {path for path in files_in(root) if not path.startswith("var/")}
+
+        dpkg("--install", self.pack(1))
+        first = there()
+        self.assertIn("usr/bin/orvanta", first)
+        dpkg("--install", self.pack(2))
+        self.assertEqual(there(), first)
+        dpkg("--remove", "orvanta")
+        self.assertEqual(there(), {f"etc/chromium/native-messaging-hosts/{NAME}.json"})
+        dpkg("--purge", "orvanta")
+        self.assertEqual({path.name for path in root.iterdir()}, {"var"})
