@@ -1,10 +1,11 @@
-# The Debian package: what `cmake --install --prefix /usr` puts there, and what Debian asks for besides.
-# It has no maintainer scripts: menus and icon caches follow the triggers of their own packages.
+# The Debian package: what `cmake --install --prefix /usr` puts there, and what Debian asks for
+# besides. It has no maintainer scripts: menus and icon caches follow their own packages' triggers.
 file(STRINGS debian/changelog first_line LIMIT_COUNT 1)
 string(REGEX MATCH "\\(([^-]+)-(.+)\\)" _ "${first_line}")
 if(NOT CMAKE_MATCH_1 STREQUAL PROJECT_VERSION)
-    message(FATAL_ERROR "packaging/debian/changelog begins with ${CMAKE_MATCH_1}, not ${PROJECT_VERSION}")
+    message(FATAL_ERROR "packaging/debian/changelog does not begin with ${PROJECT_VERSION}")
 endif()
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS debian/changelog)
 
 # In a component of its own, which no other installation has.
 orvanta_compressed(${CMAKE_CURRENT_SOURCE_DIR}/debian/changelog changelog.Debian.gz)

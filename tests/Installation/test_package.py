@@ -28,7 +28,8 @@ class Package(test_installation.InFolder):
         # The paths that files name are the same, too, though it was installed somewhere else.
         for path in files_in(installed):
             if not path.startswith("usr/bin/"):
-                self.assertEqual((content / path).read_bytes(), (installed / path).read_bytes(), path)
+                self.assertEqual((content / path).read_bytes(), (installed / path).read_bytes(),
+                                 path)
         for program in ("orvanta", "orvanta-browser-host"):
             self.assertTrue(os.access(content / "usr/bin" / program, os.X_OK))
 
