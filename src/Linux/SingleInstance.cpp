@@ -18,6 +18,10 @@ namespace {
 
 const auto applicationInterface = QStringLiteral("org.freedesktop.Application");
 
+/// What the bus says of a name that nobody has and that it is not to start anybody for.
+constexpr QLatin1StringView noOwner("org.freedesktop.DBus.Error.NameHasNoOwner");
+constexpr int retryInterval = 50; // ms
+
 } // namespace
 
 SingleInstance::SingleInstance(const QString& folder, const QString& busName,
@@ -65,13 +69,26 @@ void SingleInstance::handOver(std::function<void(bool answered)> done) {
         QTimer::singleShot(0, this, [done = std::move(done)] { done(false); });
         return;
     }
+    ask(QDeadlineTimer(patience_), std::move(done));
+}
+
+void SingleInstance::ask(QDeadlineTimer deadline, std::function<void(bool answered)> done) {
     QDBusMessage request = QDBusMessage::createMethodCall(
         busName_, objectPath(), applicationInterface, QStringLiteral("Activate"));
     request << QVariantMap();
     request.setAutoStartService(false);
     auto* watcher = new QDBusPendingCallWatcher(bus_.asyncCall(request, patience_), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this,
-            [done = std::move(done)](QDBusPendingCallWatcher* call) { done(!call->isError()); });
+            [this, watcher, deadline, done = std::move(done)] {
+                watcher->deleteLater();
+                // The first has the lock, but is still starting.
+                if (watcher->error().name() == noOwner && !deadline.hasExpired()) {
+                    QTimer::singleShot(retryInterval, this,
+                                       [this, deadline, done] { ask(deadline, done); });
+                } else {
+                    done(!watcher->isError());
+                }
+            });
 }
 
 QString SingleInstance::introspect(const QString& /*path*/) const {

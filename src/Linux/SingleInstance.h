@@ -3,6 +3,7 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
+#include <QDeadlineTimer>
 #include <QString>
 
 #include <functional>
@@ -39,6 +40,7 @@ public:
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
 
 private:
+    void ask(QDeadlineTimer deadline, std::function<void(bool answered)> done);
     QString objectPath() const;
 
     QString busName_;

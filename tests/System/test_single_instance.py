@@ -30,6 +30,9 @@ class SingleInstance(case.SystemTest):
         for each in self.others:
             each.start()
         desktop.wait_until(lambda: len(self.running()) == 1, "the end of all but one")
+        # However early they came, the one that was first has answered them.
+        self.assertEqual([each.process.poll() for each in self.others if not each.is_running()],
+                         [0] * 4)
         self.wait_for_save()
         self.assertEqual(len(self.running()), 1)
 
