@@ -85,7 +85,7 @@ class Studio(panel_case.PanelTest):
 
     def open_menu(self):
         """The panel's own, below the pointer."""
-        left, top, width, height = self.place
+        left, top, *_ = self.place
         self.desktop.run("xdotool", "mousemove", str(left + 60), str(top + 200), "click", "3")
         self.desktop.press("Up")
         self.reader.wait_for("Ajustes…")
