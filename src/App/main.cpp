@@ -13,6 +13,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace {
 
@@ -24,6 +25,17 @@ void terminate() {
     if (running != nullptr) {
         running->applicationWillTerminate();
         running = nullptr;
+    }
+}
+
+QtMessageHandler writeMessage = nullptr;
+
+// When a Wayland compositor goes away Qt ends the process without even that; this is the last that
+// is heard of it.
+void listenForTheEnd(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+    writeMessage(type, context, message);
+    if (running != nullptr && message.startsWith(QLatin1String("The Wayland connection "))) {
+        std::exchange(running, nullptr)->save();
     }
 }
 
@@ -102,6 +114,7 @@ int main(int argc, char* argv[]) {
                      });
     running = &delegate;
     std::atexit(terminate);
+    writeMessage = qInstallMessageHandler(listenForTheEnd);
     const int result = QApplication::exec();
     terminate();
     return result;

@@ -5,6 +5,9 @@
 #include "Linux/Screens.h"
 #include "Linux/StatusNotifier/LinuxStatusItem.h"
 #include "Linux/SystemClock.h"
+#include "Linux/Windows/ChosenWindowWatcher.h"
+#include "Linux/Windows/SwayWindowWatcher.h"
+#include "Linux/Windows/WlrWindowWatcher.h"
 #include "Linux/Windows/X11MouseMonitor.h"
 #include "Linux/Windows/X11Screens.h"
 #include "Linux/Windows/X11WindowWatcher.h"
@@ -24,13 +27,6 @@
 namespace orvanta {
 
 namespace {
-
-/// For desktops that none of the watchers can read.
-class NoWindowWatcher final : public WindowWatcher {
-public:
-    NoWindowWatcher()
-        : WindowWatcher(State::Unsupported) {}
-};
 
 /// The display of the X server that is this desktop's; none where X is only a guest.
 std::optional<QByteArray> xDisplay() {
@@ -53,7 +49,12 @@ std::unique_ptr<WindowWatcher> makeWindowWatcher(MainLoop& mainLoop) {
     if (const auto display = xDisplay()) {
         return std::make_unique<X11WindowWatcher>(*display, mainLoop);
     }
-    return std::make_unique<NoWindowWatcher>();
+    const QByteArray display = qgetenv("WAYLAND_DISPLAY");
+    std::vector<ChosenWindowWatcher::Candidate> candidates;
+    candidates.emplace_back(
+        [display] { return std::make_unique<SwayWindowWatcher>(qgetenv("SWAYSOCK"), display); });
+    candidates.emplace_back([display] { return std::make_unique<WlrWindowWatcher>(display); });
+    return std::make_unique<ChosenWindowWatcher>(std::move(candidates), mainLoop);
 }
 
 } // namespace

@@ -1,0 +1,90 @@
+"""A virtual Wayland desktop under sway, headless, with what desktop.Desktop has besides.
+
+Needs sway, wtype and foot.
+"""
+
+import json
+import os
+import pwd
+import time
+
+import desktop
+
+# Sway refuses to run as root.
+_OTHER_USER = "nobody"
+
+_CONFIGURATION = """
+output HEADLESS-1 resolution 1280x800 position 0 0
+default_border none
+focus_follows_mouse no
+xwayland disable
+"""
+
+
+class SwayDesktop(desktop.Desktop):
+    """Windows are named by the numbers of their nodes in sway's tree."""
+
+    def _start_server(self):
+        # Its sockets, which it makes as another user than ours where we are root.
+        folder = self.folder / "sway"
+        folder.mkdir(mode=0o700)
+        configuration = self.folder / "sway.conf"
+        configuration.write_text(_CONFIGURATION)
+        command = ["sway", "--config", str(configuration)]
+        if os.geteuid() == 0:
+            user = pwd.getpwnam(_OTHER_USER)
+            os.chown(folder, user.pw_uid, user.pw_gid)
+            self.folder.chmod(0o711)
+            command = ["setpriv", f"--reuid={user.pw_uid}", f"--regid={user.pw_gid}",
+                       "--clear-groups", "--pdeathsig=KILL", *command]
+        self.environment |= {"SWAYSOCK": str(folder / "ipc"), "XDG_SESSION_TYPE": "wayland",
+                             "XDG_CURRENT_DESKTOP": "sway"}
+        self.server = self.spawn(command, environment=self.environment | {
+            "XDG_RUNTIME_DIR": str(folder), "WLR_BACKENDS": "headless",
+            "WLR_RENDERER": "pixman", "WLR_LIBINPUT_NO_DEVICES": "1"})
+
+        def displays():
+            if self.server.poll() is not None:
+                raise desktop.DesktopError(f"sway ended: {self.log('setpriv') or self.log('sway')}")
+            return (folder / "ipc").exists() and list(folder.glob("wayland-?"))
+
+        self.environment["WAYLAND_DISPLAY"] = str(desktop.wait_until(displays, "sway")[0])
+
+    def start_window_manager(self):
+        """Sway is that as well. A seat without a keyboard has no focus to give: this is one, on which
+        nobody types for a day."""
+        self.spawn(["wtype", "-s", str(24 * 3600 * 1000)])
+        desktop.wait_until(lambda: any(device["type"] == "keyboard" for device in
+                                       self.message("-t", "get_inputs")), "a keyboard")
+
+    def _start_spy(self):
+        """Sway is asked instead."""
+
+    def message(self, *words):
+        return json.loads(self.run("swaymsg", "--raw", *words))
+
+    def _nodes(self):
+        def below(node):
+            yield node
+            for child in node["nodes"] + node["floating_nodes"]:
+                yield from below(child)
+
+        return [node for node in below(self.message("-t", "get_tree")) if node.get("pid")]
+
+    def windows(self):
+        return [node["id"] for node in self._nodes()]
+
+    def windows_of(self, pid):
+        return [node["id"] for node in self._nodes() if node["pid"] == pid]
+
+    def focused(self):
+        return next((node["id"] for node in self._nodes() if node["focused"]), None)
+
+    def activate(self, window):
+        self.message(f"[con_id={window}] focus")
+        desktop.wait_until(lambda: self.focused() == window, f"window {window} in front")
+        return time.monotonic()
+
+    def launch_terminal(self):
+        return self.launch("foot", "--font=DejaVu Sans Mono:size=11", "bash", "--norc")
+

@@ -1,0 +1,81 @@
+#include "Linux/Windows/ChosenWindowWatcher.h"
+
+#include <utility>
+
+namespace orvanta {
+
+ChosenWindowWatcher::ChosenWindowWatcher(std::vector<Candidate> candidates, MainLoop& mainLoop)
+    : WindowWatcher(State::Waiting)
+    , candidates_(std::move(candidates))
+    , mainLoop_(mainLoop) {
+    chooseAgain();
+}
+
+void ChosenWindowWatcher::chooseAgain() {
+    if (chosen_) {
+        return;
+    }
+    asked_.clear();
+    isPatient_ = true;
+    timer_ = mainLoop_.once(patience, [this] {
+        isPatient_ = false;
+        consider();
+    });
+    for (const Candidate& candidate : candidates_) {
+        const auto& watcher = asked_.emplace_back(candidate());
+        // Not within its own call: those that are not chosen are destroyed.
+        connect(watcher.get(), &WindowWatcher::stateChanged, this, &ChosenWindowWatcher::consider,
+                Qt::QueuedConnection);
+    }
+    consider();
+}
+
+void ChosenWindowWatcher::consider() {
+    if (chosen_) {
+        return;
+    }
+    bool isAnyWaiting = false;
+    for (auto& watcher : asked_) {
+        if (watcher->state() == State::Watching) {
+            choose(std::move(watcher));
+            return;
+        }
+        if (watcher->state() == State::Waiting) {
+            isAnyWaiting = true;
+            if (isPatient_) {
+                break;
+            }
+        }
+    }
+    if (!isAnyWaiting) {
+        timer_.reset();
+    }
+    // One that answers late is welcome still.
+    setState(isAnyWaiting && isPatient_ ? State::Waiting : otherwise_);
+}
+
+void ChosenWindowWatcher::choose(std::unique_ptr<WindowWatcher> watcher) {
+    chosen_ = std::move(watcher);
+    asked_.clear();
+    timer_.reset();
+    otherwise_ = State::Unsupported;
+    connect(chosen_.get(), &WindowWatcher::activeWindowChanged, this,
+            [this] { setActiveWindow(chosen_->activeWindow()); });
+    connect(chosen_.get(), &WindowWatcher::stateChanged, this, &ChosenWindowWatcher::chosenChanged,
+            Qt::QueuedConnection);
+    setState(State::Watching);
+    setActiveWindow(chosen_->activeWindow());
+}
+
+void ChosenWindowWatcher::chosenChanged() {
+    if (!chosen_ || chosen_->state() == State::Watching) {
+        return;
+    }
+    otherwise_ = chosen_->state() == State::Ended ? State::Ended : State::Unsupported;
+    chosen_.reset();
+    setActiveWindow(std::nullopt);
+    setState(State::Waiting);
+    timer_ = mainLoop_.once(returning, [this] { chooseAgain(); });
+}
+
+} // namespace orvanta

@@ -1,0 +1,134 @@
+#include "Linux/Windows/SwayConnection.h"
+
+#include <QSocketNotifier>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+namespace orvanta {
+
+namespace {
+
+constexpr QByteArrayView magic("i3-ipc");
+constexpr qsizetype headerLength = magic.size() + 2 * sizeof(std::uint32_t);
+
+// A thousand windows take less than two.
+constexpr std::uint32_t longestText = 16 * 1024 * 1024;
+
+/// Where the header has a number, in the machine's byte order.
+std::uint32_t numberAt(const QByteArray& bytes, qsizetype index) {
+    std::uint32_t number = 0;
+    std::memcpy(&number, bytes.constData() + magic.size() + index * sizeof number, sizeof number);
+    return number;
+}
+
+int connectTo(const QByteArray& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.isEmpty() || path.size() >= static_cast<qsizetype>(sizeof address.sun_path)) {
+        return -1;
+    }
+    std::memcpy(address.sun_path, path.constData(), static_cast<std::size_t>(path.size()));
+    const int descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (descriptor >= 0 &&
+        ::connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+        ::close(descriptor);
+        return -1;
+    }
+    return descriptor;
+}
+
+} // namespace
+
+SwayConnection::SwayConnection(const QByteArray& path)
+    : socket_(connectTo(path)) {
+    if (isOpen()) {
+        readable_ = std::make_unique<QSocketNotifier>(socket_, QSocketNotifier::Read);
+        connect(readable_.get(), &QSocketNotifier::activated, this, &SwayConnection::receive);
+    }
+}
+
+SwayConnection::~SwayConnection() {
+    readable_.reset();
+    if (isOpen()) {
+        ::close(socket_);
+    }
+}
+
+void SwayConnection::send(Type type) {
+    if (!isOpen()) {
+        return;
+    }
+    const std::array<std::uint32_t, 2> lengthAndType{0, type};
+    QByteArray message = magic.toByteArray();
+    message.append(reinterpret_cast<const char*>(lengthAndType.data()), sizeof lengthAndType);
+    ssize_t sent = 0;
+    do {
+        sent = ::send(socket_, message.constData(), static_cast<std::size_t>(message.size()),
+                      MSG_NOSIGNAL);
+    } while (sent < 0 && errno == EINTR);
+    if (sent != message.size()) {
+        // A socket without room for a few bytes has a reader that does not read.
+        QMetaObject::invokeMethod(this, &SwayConnection::end, Qt::QueuedConnection);
+    }
+}
+
+void SwayConnection::receive() {
+    std::array<char, 65536> buffer{};
+    ssize_t size = 0;
+    do {
+        size = ::recv(socket_, buffer.data(), buffer.size(), 0);
+    } while (size < 0 && errno == EINTR);
+    if (size < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
+        return;
+    }
+    if (size <= 0) {
+        end();
+        return;
+    }
+    bytes_.append(buffer.data(), size);
+    while (isOpen() && cut()) {
+    }
+}
+
+/// Cuts a message off the front; false when more bytes are needed.
+bool SwayConnection::cut() {
+    const qsizetype seen = std::min(bytes_.size(), magic.size());
+    if (QByteArrayView(bytes_).first(seen) != magic.first(seen)) {
+        end();
+        return false;
+    }
+    if (bytes_.size() < headerLength) {
+        return false;
+    }
+    const std::uint32_t length = numberAt(bytes_, 0);
+    if (length > longestText) {
+        end();
+        return false;
+    }
+    if (bytes_.size() < headerLength + length) {
+        return false;
+    }
+    const std::uint32_t type = numberAt(bytes_, 1);
+    const QByteArray text = bytes_.sliced(headerLength, length);
+    bytes_.remove(0, headerLength + length);
+    Q_EMIT received(type, text);
+    return true;
+}
+
+void SwayConnection::end() {
+    if (isOpen()) {
+        readable_->setEnabled(false);
+        ::close(std::exchange(socket_, -1));
+        bytes_.clear();
+        Q_EMIT ended();
+    }
+}
+
+} // namespace orvanta

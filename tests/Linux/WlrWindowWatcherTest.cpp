@@ -1,0 +1,119 @@
+#include "Linux/Windows/WlrWindowWatcher.h"
+
+#include "Eventually.h"
+#include "Fakes/QtPrinters.h"
+#include "TaskBar.h"
+
+#include <gmock/gmock.h>
+
+#include <optional>
+#include <string>
+
+using namespace orvanta;
+using namespace Qt::StringLiterals;
+using State = WindowWatcher::State;
+
+namespace {
+
+class WlrWindowWatcherTest : public testing::Test {
+protected:
+    void watch() {
+        bar.awaitAnother();
+        watcher.emplace(compositor.name());
+        ASSERT_TRUE(eventually([&] { return bar.isBound(); }));
+        ASSERT_EQ(watcher->state(), State::Watching);
+    }
+    QString active() const {
+        return watcher->activeWindow() ? watcher->activeWindow()->wmClass : u"none"_s;
+    }
+    bool becomes(const QString& appId) {
+        return eventually([&] { return active() == appId; });
+    }
+    bool becomes(State state) {
+        return eventually([&] { return watcher->state() == state; });
+    }
+
+    Compositor compositor;
+    TaskBar bar{compositor};
+    std::optional<WlrWindowWatcher> watcher;
+};
+
+TEST_F(WlrWindowWatcherTest, TheWindowThatWasActivatedLastCounts) {
+    watch();
+    wl_resource* editor = bar.add("editor", true);
+    ASSERT_TRUE(becomes(u"editor"_s));
+    const auto first = watcher->activeWindow()->id;
+    std::vector<QString> seen;
+    QObject::connect(&*watcher, &WindowWatcher::activeWindowChanged, &*watcher,
+                     [&] { seen.push_back(active()); });
+
+    // A second one of the same application; the first is told to be inactive only afterwards.
+    wl_resource* second = bar.add("editor", true);
+    ASSERT_TRUE(eventually([&] { return watcher->activeWindow()->id != first; }));
+    bar.setActive(editor, false);
+    wl_resource* mail = bar.add("mail", true);
+    bar.setActive(second, false);
+    ASSERT_TRUE(becomes(u"mail"_s));
+    bar.setActive(editor, true);
+    bar.setActive(mail, false);
+    ASSERT_TRUE(becomes(u"editor"_s));
+    EXPECT_EQ(watcher->activeWindow()->id, first);
+
+    // What is not yet done does not hold; a locker takes the activation from every window.
+    TaskBar::sendState(editor, false);
+    zwlr_foreign_toplevel_handle_v1_send_app_id(mail, "correio");
+    bar.setActive(mail, false);
+    bar.setActive(second, false);
+    EXPECT_EQ(active(), u"editor"_s);
+    zwlr_foreign_toplevel_handle_v1_send_done(editor);
+    compositor.flush();
+    ASSERT_TRUE(becomes(u"none"_s));
+    bar.setActive(mail, true);
+    ASSERT_TRUE(becomes(u"correio"_s));
+    bar.close(mail);
+    ASSERT_TRUE(becomes(u"none"_s));
+    EXPECT_THAT(seen, testing::ElementsAre(u"editor"_s, u"mail"_s, u"editor"_s, u"none"_s,
+                                           u"correio"_s, u"none"_s));
+}
+
+TEST_F(WlrWindowWatcherTest, HostileNamesDoNoHarm) {
+    watch();
+    bar.add("", true);
+    ASSERT_TRUE(becomes(QString()));
+    bar.add("\xff\xfe", true);
+    ASSERT_TRUE(becomes(QString::fromUtf8("\xff\xfe")));
+    bar.add(std::string(3000, 'x').c_str(), true);
+    ASSERT_TRUE(becomes(QString()));
+}
+
+TEST_F(WlrWindowWatcherTest, AListThatIsWithdrawnOrACompositorThatGoesIsNoWindow) {
+    watch();
+    bar.add("editor", true);
+    ASSERT_TRUE(becomes(u"editor"_s));
+    bar.finish();
+    ASSERT_TRUE(becomes(State::Unsupported));
+    EXPECT_EQ(active(), u"none"_s);
+
+    watch();
+    bar.add("editor", true);
+    ASSERT_TRUE(becomes(u"editor"_s));
+    compositor.dropClients();
+    ASSERT_TRUE(becomes(State::Ended));
+    EXPECT_EQ(active(), u"none"_s);
+
+    watch();
+    wl_resource_post_error(bar.add("editor", true), 1, "of the test");
+    compositor.flush();
+    ASSERT_TRUE(becomes(State::Ended));
+}
+
+TEST(WlrWindowWatcherAloneTest, WhereNoListIsOfferedItIsUnsupported) {
+    WlrWindowWatcher nobody("/nonexistent/wayland-0");
+    EXPECT_EQ(nobody.state(), State::Unsupported);
+    Compositor compositor;
+    WlrWindowWatcher watcher(compositor.name());
+    EXPECT_EQ(watcher.state(), State::Waiting);
+    EXPECT_TRUE(eventually([&] { return watcher.state() == State::Unsupported; }));
+}
+
+} // namespace

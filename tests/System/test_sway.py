@@ -1,0 +1,104 @@
+"""On a Wayland compositor of wlroots: two applications and a browser in turn, a locker, and the
+compositor's end."""
+
+import plistlib
+import signal
+import time
+
+import browsers
+import case
+import desktop
+import orvanta_end
+import sway
+
+FOOT = "app:foot"
+SITE = "site:alpha.test"
+# Uneven; a minute.
+STRETCHES = ((FOOT, 7), (case.MOUSEPAD, 9), (SITE, 8), (FOOT, 3), (SITE, 11), (case.MOUSEPAD, 6),
+             (FOOT, 10), (SITE, 6))
+
+
+class Sway(case.SystemTest):
+    def make_desktop(self):
+        return sway.SwayDesktop(time_zone=desktop.zone_far_from_midnight())
+
+    def gained_since(self, before):
+        return {key: seconds - before.get(key, 0)
+                for key, seconds in self.store.session_seconds().items()
+                if seconds - before.get(key, 0) > 0.01}
+
+    def wait_to_count(self, key):
+        before = self.store.session_seconds().get(key, 0)
+        desktop.wait_until(lambda: self.store.session_seconds().get(key, 0) > before,
+                           f"{key} to count", orvanta_end.PATIENCE)
+
+    def open_browser(self):
+        """That was agreed to at an earlier time."""
+        configuration = self.desktop.folder / "config"
+        (configuration / "com.brindlework.orvanta.plist").write_bytes(
+            plistlib.dumps({"setupDoneV1": True}))
+        (configuration / "com.brindlework.orvanta.automation.plist").write_bytes(
+            plistlib.dumps({"allowed": ["chromium"]}))
+        pages = orvanta_end.Sites()
+        self.addCleanup(pages.close)
+        browser = browsers.Chromium(self.desktop, pages)
+        browser.load_extension()
+        browser.command.append("--ozone-platform=wayland")
+        return browser.new_window(lambda: browser.open(browser.address("alpha.test")))
+
+    def test_each_has_its_time(self):
+        windows = {SITE: self.open_browser(), FOOT: self.desktop.launch_terminal(),
+                   case.MOUSEPAD: self.desktop.launch_mousepad()}
+        self.orvanta.start()
+        self.desktop.activate(windows[SITE])
+        self.wait_to_count(SITE)
+        self.desktop.activate(windows[FOOT])
+        self.ask_to_end()
+
+        before = self.store.session_seconds()
+        seen = dict.fromkeys(windows, 0.0)
+        due = since = self.orvanta.start()
+        for index, (key, stretch) in enumerate(STRETCHES):
+            due += stretch
+            desktop.sleep_until(due)
+            if index == len(STRETCHES) - 1:
+                switched = self.ask_to_end()
+            else:
+                switched = self.desktop.activate(windows[STRETCHES[index + 1][0]])
+            seen[key] += switched - since
+            since = switched
+        gained = self.gained_since(before)
+        print(f"{gained} of {seen}")
+        self.assertEqual(set(gained), set(seen))
+        for key, seconds in seen.items():
+            self.assertAlmostEqual(gained[key], seconds, delta=case.TOLERANCE, msg=key)
+
+    def test_nothing_counts_behind_a_locker_or_without_a_window(self):
+        terminal = self.desktop.launch_terminal()
+        self.orvanta.start()
+        self.wait_to_count(FOOT)
+        locker = self.desktop.spawn(["swaylock", "--color", "203040"])
+        time.sleep(2)  # Until what was before it has been booked.
+        locked = self.store.session_seconds()
+        time.sleep(6)
+        self.assertEqual(self.store.session_seconds(), locked)
+        locker.send_signal(signal.SIGUSR1)  # Lets the person in.
+        self.wait_to_count(FOOT)
+
+        self.desktop.message("workspace", "2")
+        time.sleep(2)
+        empty = self.store.session_seconds()
+        time.sleep(6)
+        self.assertEqual(self.store.session_seconds(), empty)
+        self.desktop.activate(terminal)
+        self.wait_to_count(FOOT)
+
+    def test_the_compositors_end_loses_nothing(self):
+        self.desktop.launch_terminal()
+        self.orvanta.start()
+        self.wait_until_something_is_unsaved()
+        saved = self.store.total()
+        self.desktop.server.send_signal(signal.SIGKILL)
+        self.orvanta.wait()
+        self.assertGreater(self.store.total(), saved + 2)
+        self.assertEqual(self.store.integrity(), "ok")
