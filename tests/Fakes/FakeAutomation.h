@@ -28,6 +28,8 @@ public:
     /// Launches that are under way.
     std::vector<std::function<void()>> launches;
     int renewals = 0;
+    /// How a process answers; without it, none can be asked.
+    std::function<void(qint64 process, Completion completion)> answer;
 
     const RunningApplications& runningApplications() const override { return *this; }
     AppleEventTransport& transport() override { return *this; }
@@ -39,9 +41,13 @@ public:
         const auto found = running.find(bundleIdentifier);
         return found == running.end() ? std::vector<RunningInstance>() : found->second;
     }
-    void send(const AppleEvent& /*event*/, std::uint32_t /*options*/, Duration /*timeout*/,
+    void send(const AppleEvent& event, std::uint32_t /*options*/, Duration /*timeout*/,
               Completion completion) override {
-        completion(std::nullopt);
+        if (answer) {
+            answer(event.target.int32Value().value_or(0), std::move(completion));
+        } else {
+            completion(std::nullopt);
+        }
     }
     int determine(const EventDescriptor& target, FourCharCode eventClass, FourCharCode eventID,
                   bool askUser) override {

@@ -33,6 +33,8 @@ public:
     FakeLoginItem login;
     FakeAppearance looks;
     std::chrono::system_clock::time_point start{std::chrono::hours(24 * 365 * 54)};
+    /// Seconds for which the process was held up: they passed on both clocks, and no timer fired.
+    double stalled = 0;
     WindowWatching watching = WindowWatching::Watching;
     std::vector<ScreenArea> screens{{QRect(0, 0, 1280, 800), QRect(0, 28, 1280, 772)}};
     QPoint pointer{640, 400};
@@ -68,10 +70,10 @@ public:
     Platform platform() override {
         return {workspace, workspaceCenter, defaultCenter, distributedCenter, loop, [this] {
                     return start + std::chrono::duration_cast<std::chrono::system_clock::duration>(
-                                       std::chrono::duration<double>(loop.now()));
+                                       std::chrono::duration<double>(uptime()));
                 }};
     }
-    double uptime() const override { return loop.now(); }
+    double uptime() const override { return loop.now() + stalled; }
     const Bundles& bundles() const override { return installed; }
     LoginItem& loginItem() override { return login; }
     std::unique_ptr<Automation> makeAutomation(AutomationDecisions kept) override {
