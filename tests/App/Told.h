@@ -5,13 +5,16 @@
 #include "Model/Category.h"
 #include "Model/DayTotals.h"
 #include "Model/DurationText.h"
+#include "Model/PropertyList.h"
 #include "Model/Sqlite.h"
-#include "Model/UserDefaults.h"
 #include "Tracking/KeyOrder.h"
 #include "Views/Text/PanelText.h"
 #include "Views/Text/StatusText.h"
 
+#include <QFile>
 #include <QStringList>
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>
@@ -55,16 +58,19 @@ public:
     }
 
     void readPreferences(const QString& folder) {
-        const UserDefaults defaults(folder, QStringLiteral("com.brindlework.orvanta"));
-        paused = defaults.boolValue(QStringLiteral("paused"));
-        resetDate = defaults.date(QStringLiteral("resetDate"));
-        const auto disabled = defaults.stringArray(QStringLiteral("disabledBrowsers"));
+        QFile file(folder + QStringLiteral("/com.brindlework.orvanta.plist"));
+        const auto defaults =
+            file.open(QIODevice::ReadOnly) ? PropertyList::parse(file.readAll()) : std::nullopt;
+        ASSERT_TRUE(defaults);
+        paused = defaults->boolean(QStringLiteral("paused")).value_or(false);
+        resetDate = defaults->date(QStringLiteral("resetDate"));
+        const auto disabled = defaults->texts(QStringLiteral("disabledBrowsers"));
         disabledBrowsers = disabled.value_or(QStringList());
     }
 
     std::vector<Row> rows;
     std::map<QString, std::map<QString, double>> days; ///< seconds by day and key
-    bool paused;
+    bool paused = false;
     std::optional<Date> resetDate;
     QStringList disabledBrowsers;
 
