@@ -80,7 +80,10 @@ public:
         }
         settle();
         EXPECT_EQ(desktop_.loop.armedCount(), 0U);
-        EXPECT_TRUE(QApplication::allWidgets().isEmpty());
+        for (const QWidget* widget : QApplication::allWidgets()) {
+            ADD_FAILURE() << "left: " << widget->metaObject()->className() << ' '
+                          << qPrintable(widget->windowTitle() + widget->accessibleName());
+        }
     }
     Walk(const Walk&) = delete;
     Walk& operator=(const Walk&) = delete;
@@ -93,26 +96,27 @@ public:
             void (Walk::*act)();
         };
         static constexpr Thing things[] = {
-            {"click", 30, &Walk::click},
-            {"right click", 3, &Walk::rightClick},
+            {"click", 36, &Walk::click},
+            {"resume", 3, &Walk::resume},
+            {"right click", 5, &Walk::rightClick},
             {"double click", 2, &Walk::doubleClick},
             {"drag", 2, &Walk::drag},
             {"key", 24, &Walk::key},
             {"hover", 8, &Walk::hover},
             {"wheel", 4, &Walk::wheel},
-            {"status item", 8, &Walk::clickStatusItem},
+            {"status item", 12, &Walk::clickStatusItem},
             {"status menu", 5, &Walk::chooseFromStatusMenu},
             {"press elsewhere", 2, &Walk::pressElsewhere},
             {"start again", 2, &Walk::startAgain},
-            {"application", 10, &Walk::toApplication},
+            {"application", 7, &Walk::toApplication},
             {"part of the desktop", 2, &Walk::toPart},
             {"Orvanta in front", 4, &Walk::toOwn},
             {"nothing in front", 1, &Walk::toNothing},
-            {"browser in front", 6, &Walk::toBrowser},
+            {"browser in front", 4, &Walk::toBrowser},
             {"browser", 8, &Walk::changeBrowser},
             {"stay in browser", 1, &Walk::stayInBrowser},
             {"away or back", 4, &Walk::goOrCome},
-            {"clock", 2, &Walk::setClock},
+            {"clock", 1, &Walk::setClock},
             {"time zone", 1, &Walk::travel},
             {"midnight", 1, &Walk::passMidnight},
             {"seconds", 20, &Walk::passSeconds},
@@ -132,6 +136,9 @@ public:
         while (chosen >= thing->weight) {
             chosen -= thing->weight;
             ++thing;
+        }
+        if (isDiskFailing_ && oneIn(12)) {
+            repairDisk();
         }
         askedToClear_ = askedToClear_ || !shownQuestions().empty();
         (this->*thing->act)();
@@ -484,7 +491,7 @@ private:
     void goOrCome() {
         const auto all = reasons();
         const auto which = static_cast<std::size_t>(upTo(std::ssize(all)));
-        if (reasons_.insert(which).second && oneIn(3)) {
+        if (reasons_.insert(which).second && oneIn(4)) {
             all[which].center.post(all[which].goes);
             return;
         }
@@ -571,22 +578,22 @@ private:
     /// Somewhere in something that can be seen; in a menu or a popover if one is open.
     QWidget* anyWidget() {
         std::vector<QWidget*> all;
+        const QWidget* const popup = oneIn(8) ? nullptr : QApplication::activePopupWidget();
         const auto windows = QApplication::topLevelWidgets();
         // In the order in which they were made, which is the same in every run.
         for (const QWindow* handle : QGuiApplication::topLevelWindows()) {
             const auto found = std::ranges::find(windows, handle, &QWidget::windowHandle);
             QWidget* const window = found != windows.end() ? *found : nullptr;
-            if (window == nullptr || !window->isVisible() || window->isMinimized()) {
+            if (window == nullptr || !window->isVisible() || window->isMinimized() ||
+                (popup != nullptr && window != popup)) {
                 continue;
             }
             all.push_back(window);
             for (auto* const widget : window->findChildren<QWidget*>()) {
                 if (widget->isVisible() && widget->window() == window) {
                     all.push_back(widget);
-                    // Half of the clicks mean a control.
-                    if (qobject_cast<QAbstractButton*>(widget) != nullptr) {
-                        all.push_back(widget);
-                    }
+                    // Most clicks mean a control.
+                    all.insert(all.end(), qobject_cast<QAbstractButton*>(widget) ? 3 : 0, widget);
                 }
             }
         }
@@ -595,16 +602,15 @@ private:
     /// The window under it, and the place there; none when it is scrolled away.
     bool aim() {
         QWidget* const widget = anyWidget();
-        if (widget == nullptr || widget->window()->windowHandle() == nullptr) {
-            return false;
-        }
-        QWidget* const window = widget->window();
-        const QPoint inside(upTo(std::max(1, widget->width())),
-                            upTo(std::max(1, widget->height())));
-        place_ = widget->mapTo(window, inside);
+        return widget != nullptr && aimAt(*widget, {upTo(std::max(1, widget->width())),
+                                                    upTo(std::max(1, widget->height()))});
+    }
+    bool aimAt(QWidget& widget, QPoint inside) {
+        QWidget* const window = widget.window();
+        place_ = widget.mapTo(window, inside);
         target_ = window->windowHandle();
         desktop_.pointer = window->mapToGlobal(place_);
-        return window->rect().contains(place_);
+        return target_ && window->rect().contains(place_);
     }
     void tellPress() { desktop_.press(desktop_.pointer); }
     void press(Qt::MouseButton button) {
@@ -628,6 +634,22 @@ private:
         if (aim()) {
             press(Qt::RightButton);
             release(Qt::RightButton);
+        }
+    }
+    /// Who works does not stay paused for long.
+    void resume() {
+        if (popover() == nullptr) {
+            desktop_.item->handlers.activate(std::nullopt);
+        }
+        const auto buttons =
+            popover() != nullptr ? popover()->findChildren<GridButton*>() : QList<GridButton*>();
+        for (GridButton* button : buttons) {
+            if (button->accessibleName() == pauseTitle(true) &&
+                aimAt(*button, button->rect().center())) {
+                press(Qt::LeftButton);
+                release(Qt::LeftButton);
+                return;
+            }
         }
     }
     void doubleClick() {
