@@ -70,6 +70,7 @@ LinuxPlatform::LinuxPlatform()
     // libxcb writes to a server that may have died since the last event.
     std::signal(SIGPIPE, SIG_IGN);
     connect(watcher_.get(), &WindowWatcher::stateChanged, this, &Desktop::windowWatchingChanged);
+    workspaceNotifications_.addObserver(Notification::DidWake, [this] { watcher_->chooseAgain(); });
 }
 
 LinuxPlatform::~LinuxPlatform() = default;

@@ -30,6 +30,12 @@ void ChosenWindowWatcher::chooseAgain() {
     consider();
 }
 
+void ChosenWindowWatcher::update() {
+    if (chosen_) {
+        chosen_->update();
+    }
+}
+
 void ChosenWindowWatcher::consider() {
     if (chosen_) {
         return;

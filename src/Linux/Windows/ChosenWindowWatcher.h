@@ -24,8 +24,8 @@ public:
     /// The best candidate first. `mainLoop` outlives the watcher.
     ChosenWindowWatcher(std::vector<Candidate> candidates, MainLoop& mainLoop);
 
-    /// Asks all of them anew, unless one is watching.
-    void chooseAgain();
+    void update() override;
+    void chooseAgain() override;
 
 private:
     void consider();

@@ -26,6 +26,9 @@ public:
     /// system has nobody to ask, does nothing.
     virtual void update() {}
 
+    /// For one that has a choice and is not watching: looks again who answers, as after a resume.
+    virtual void chooseAgain() {}
+
 Q_SIGNALS:
     void activeWindowChanged();
     void stateChanged();
