@@ -236,10 +236,7 @@ private:
         repairDisk();
         delegate_->save();
         constexpr double saves = 5;
-        const double seconds = upTo(120) / 10.0;
-        const auto due = this->due();
-        desktop_.loop.advance(seconds);
-        book(due, std::max(0.0, seconds - saves), std::min(seconds, saves));
+        spend(upTo(120) / 10.0, saves);
         // The disk as it is now: what comes on the way out does not reach it.
         const QString store = folder_.filePath(u"com.brindlework.orvanta/"_s);
         std::map<QString, QByteArray> files;
@@ -290,7 +287,7 @@ private:
         }
         QString id = desktop_.workspace.front->bundleIdentifier;
         if (id == desktop_.workspace.ownBundleIdentifier()) {
-            id = shown<Popover>().empty() ? QString() : lastExternal_;
+            id = popover() != nullptr ? lastExternal_ : QString();
         }
         if (id.isEmpty() || desktop_.workspace.components.contains(id)) {
             return std::nullopt;
@@ -313,16 +310,20 @@ private:
             may_[*due->key] += isDiskFailing_ ? must + may : may;
         }
     }
-    void pass(double seconds) {
+    /// Lets it pass; as much of the end of it as `lost` says may be in no record.
+    void spend(double seconds, double lost = 0) {
         const auto before = due();
-        const bool wasOpen = !shown<Popover>().empty();
+        const bool wasOpen = popover() != nullptr;
         desktop_.loop.advance(seconds);
         // A granted permission opens the popover somewhere on the way.
-        if (wasOpen == !shown<Popover>().empty()) {
-            book(before, seconds);
+        if (wasOpen == (popover() != nullptr)) {
+            book(before, std::max(0.0, seconds - lost), std::min(seconds, lost));
         } else {
             book(due(), 0, seconds);
         }
+    }
+    void pass(double seconds) {
+        spend(seconds);
         settle();
         while (!asked_.empty() && asked_.front().at + 2 <= desktop_.uptime()) {
             answer();
@@ -516,6 +517,7 @@ private:
             FailingDisk::repair();
             delegate_->save();
             isDiskFailing_ = false;
+            told_ = read(); // What was classified meanwhile is known from here on.
         }
     }
     void changeDesktop() {
