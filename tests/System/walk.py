@@ -220,7 +220,7 @@ class Walk(test_away.Away, shell_case.ShellTest):
     def _expect_end(self):
         code = self.orvanta.wait()
         if code != 0:
-            raise Fault(f"Orvanta ended with {code}")
+            raise Fault(f"Orvanta ended with {code}\n{self._sanitizers()}")
 
     def _check_process(self):
         if not self.orvanta.is_running():
@@ -228,10 +228,12 @@ class Walk(test_away.Away, shell_case.ShellTest):
             self.count["left by the person"] = self.count.get("left by the person", 0) + 1
             self._start()
 
+    def _sanitizers(self):
+        return "\n".join(path.read_text(errors="replace") for path in sorted(self._log.iterdir()))
+
     def check(self):
-        found = sorted(self._log.iterdir())
-        if found:
-            raise Fault("\n".join(path.read_text(errors="replace") for path in found))
+        if found := self._sanitizers():
+            raise Fault(found)
         sound = self.store.integrity()
         if sound != "ok":
             raise Fault(sound)
@@ -266,11 +268,9 @@ class Walk(test_away.Away, shell_case.ShellTest):
                 raise Fault(f"operation {number}, {name}: {fault}") from fault
         self._check_process()
         self._come_back()
-        code = self.orvanta.ask_to_end()[1]
-        counted, passed = self.check()  # With what the sanitizers say of leaks at the end.
-        if code != 0:
-            raise Fault(f"Orvanta ended with {code}")
-        return counted, passed
+        self.orvanta.process.send_signal(signal.SIGTERM)
+        self._expect_end()
+        return self.check()  # With what the sanitizers say of leaks at the end.
 
 
 def main():
