@@ -151,12 +151,25 @@ bool hasClass(const Window& window) {
 
 /// What is asked when the active window may be another.
 struct X11WindowWatcher::ActiveRequest {
+    ActiveRequest(xcb_connection_t* c, xcb_window_t root, const Atoms& atoms)
+        : active(c, root, atoms[ActiveWindow], 1)
+        , list(c, root, atoms[ClientList], longestClientList) {}
+
     PropertyRequest active;
     PropertyRequest list;
 };
 
 /// What is asked of the active window.
 struct X11WindowWatcher::WindowRequest {
+    WindowRequest(xcb_connection_t* c, xcb_window_t window, const Atoms& atoms, bool tellsClientIds)
+        : id(window)
+        , wmClass(c, id, XCB_ATOM_WM_CLASS, longestText)
+        , types(c, id, atoms[WindowType], longestTypeList)
+        , gtkApplicationId(c, id, atoms[GtkApplicationId], longestText)
+        , desktopFile(c, id, atoms[KdeDesktopFile], longestText)
+        , claimedPid(c, id, atoms[WmPid], 1)
+        , clientIds(c, id, tellsClientIds) {}
+
     xcb_window_t id;
     PropertyRequest wmClass;
     PropertyRequest types;
@@ -381,10 +394,7 @@ void X11WindowWatcher::readActiveWindow() {
 void X11WindowWatcher::askForActive() {
     activeWindowMoved_ = false;
     if (state() == State::Watching) {
-        xcb_connection_t* const c = connection_.get();
-        activeRequest_ = std::unique_ptr<ActiveRequest>(
-            new ActiveRequest{{c, root_, atoms_[ActiveWindow], 1},
-                              {c, root_, atoms_[ClientList], longestClientList}});
+        activeRequest_ = std::make_unique<ActiveRequest>(connection_.get(), root_, atoms_);
     }
 }
 
@@ -441,15 +451,7 @@ xcb_window_t X11WindowWatcher::activeWindowId(ActiveRequest& request) const {
 
 std::unique_ptr<X11WindowWatcher::WindowRequest>
 X11WindowWatcher::askForWindow(xcb_window_t id) const {
-    xcb_connection_t* const c = connection_.get();
-    return std::unique_ptr<WindowRequest>(
-        new WindowRequest{id,
-                          {c, id, XCB_ATOM_WM_CLASS, longestText},
-                          {c, id, atoms_[WindowType], longestTypeList},
-                          {c, id, atoms_[GtkApplicationId], longestText},
-                          {c, id, atoms_[KdeDesktopFile], longestText},
-                          {c, id, atoms_[WmPid], 1},
-                          {c, id, tellsClientIds_}});
+    return std::make_unique<WindowRequest>(connection_.get(), id, atoms_, tellsClientIds_);
 }
 
 /// Absent if the window is gone, or is the desktop itself or a panel: the file manager that draws

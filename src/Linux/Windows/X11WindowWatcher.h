@@ -54,6 +54,8 @@ private:
         void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
     };
 
+    using Atoms = std::array<xcb_atom_t, AtomCount>;
+
     struct ActiveRequest;
     struct WindowRequest;
 
@@ -79,7 +81,7 @@ private:
     std::unique_ptr<xcb_connection_t, Disconnect> connection_;
     std::unique_ptr<QSocketNotifier> readable_;
     xcb_window_t root_ = XCB_WINDOW_NONE;
-    std::array<xcb_atom_t, AtomCount> atoms_{};
+    Atoms atoms_{};
     bool tellsClientIds_ = false;
 
     xcb_window_t check_ = XCB_WINDOW_NONE;         ///< the window manager's own window
