@@ -3,9 +3,9 @@
 walk.py [--build build/asan] [--seed 1] [--operations 2000]
 
 With a panel, three applications, one of them a browser, and a log-in service that says when the
-person is away. Whatever is done, the program goes on or ends with 0, its sanitizers find nothing, its
-store stays sound, and no more is counted than time has passed. Fails otherwise, and says at which
-operation. The seed gives the operations, not the moments at which they happen to be seen.
+person is away. Whatever is done, the program goes on or ends with 0, its sanitizers find nothing,
+its store stays sound, and no more is counted than time has passed. Fails otherwise, and says at
+which operation. The seed gives the operations, not the moments at which they happen to be seen.
 """
 
 import argparse
@@ -130,8 +130,9 @@ class Walk(test_away.Away, shell_case.ShellTest):
         window = self._random.choice(windows)
         said = self.desktop.run("xdotool", "getwindowgeometry", "--shell", str(window))
         place = dict(line.split("=") for line in said.split())
+        area = [int(place[name]) for name in ("X", "Y", "WIDTH", "HEIGHT")]
         for _ in range(self._random.randrange(1, 6)):
-            self.click(self._somewhere([int(place[name]) for name in ("X", "Y", "WIDTH", "HEIGHT")]))
+            self.click(self._somewhere(area))
             self.desktop.press(self._random.choice(KEYS))
 
     def _press_keys(self):
