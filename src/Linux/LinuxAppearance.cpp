@@ -49,6 +49,22 @@ ColorScheme schemeOfPalette() {
                : ColorScheme::light;
 }
 
+/// For the controls of Qt's own style, which knows no dark desktops.
+QPalette darkPalette() {
+    constexpr QColor window(50, 50, 50);
+    constexpr QColor disabled(127, 127, 127);
+    QPalette palette(window); // The other colours follow.
+    palette.setColor(QPalette::Base, QColor(35, 35, 35));
+    palette.setColor(QPalette::AlternateBase, window);
+    palette.setColor(QPalette::Highlight, QColor(42, 110, 180));
+    palette.setColor(QPalette::Link, QColor(90, 160, 230));
+    palette.setColor(QPalette::PlaceholderText, QColor(160, 160, 160));
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        palette.setColor(QPalette::Disabled, role, disabled);
+    }
+    return palette;
+}
+
 } // namespace
 
 LinuxAppearance::LinuxAppearance(const QDBusConnection& sessionBus, MainLoop& mainLoop)
@@ -100,7 +116,20 @@ bool LinuxAppearance::eventFilter(QObject* watched, QEvent* event) {
     return Appearance::eventFilter(watched, event);
 }
 
+/// A desktop that Qt knows brings the palette along; with the others it stays light.
+void LinuxAppearance::colourControls() {
+    const bool wantsDark = preferred_ == ColorScheme::dark;
+    if (wantsDark && !darkened_ && schemeOfPalette() == ColorScheme::light) {
+        darkened_ = true;
+        QGuiApplication::setPalette(darkPalette());
+    } else if (!wantsDark && darkened_) {
+        darkened_ = false;
+        QGuiApplication::setPalette(QPalette());
+    }
+}
+
 void LinuxAppearance::update() {
+    colourControls();
     const Looks looks{preferred_.value_or(schemeOfPalette()), !animates_};
     if (looks_ != looks) {
         looks_ = looks;

@@ -10,7 +10,8 @@
 namespace orvanta {
 
 /// What the desktop's settings portal says (XDG Desktop Portal, org.freedesktop.portal.Settings).
-/// Without one, or without a preference, dark or light is told by the application's palette.
+/// Without one, or without a preference, dark or light is told by the application's palette; where
+/// dark is preferred and that is light, it is made dark.
 class LinuxAppearance final : public Appearance {
     Q_OBJECT
 
@@ -35,11 +36,13 @@ private:
     void greet();
     void ask(const QString& space, const QString& key);
     void note(const QString& space, const QString& key, const QVariant& value);
+    void colourControls();
     void update();
 
     BusService portal_;
     std::optional<ColorScheme> preferred_; ///< as the portal told
     bool animates_ = true;                 ///< as the portal told
+    bool darkened_ = false;                ///< the application's palette is ours
     Looks looks_;
 };
 

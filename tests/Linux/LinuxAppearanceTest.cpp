@@ -54,6 +54,9 @@ protected:
                    u"SettingChanged"_s, {space, key, value});
         settle();
     }
+    static bool isDark(QPalette::ColorRole role) {
+        return QGuiApplication::palette().color(role).lightness() < 128;
+    }
     void sayScheme(const QVariant& value) { say(appearance, u"color-scheme"_s, wrapped(value)); }
     int taken() { return std::exchange(changes, 0); }
 
@@ -77,12 +80,14 @@ TEST_F(LinuxAppearanceTest, ThePortalIsFollowedWhenItComesChangesAndGoes) {
     EXPECT_EQ(looks->colorScheme(), ColorScheme::dark);
     EXPECT_FALSE(looks->reducesMotion());
     EXPECT_EQ(taken(), 1);
+    EXPECT_TRUE(isDark(QPalette::Window) && isDark(QPalette::Base) && !isDark(QPalette::Text));
     loop.advance(1);
     EXPECT_EQ(loop.armedCount(), 0U);
 
     sayScheme(2U);
     EXPECT_EQ(looks->colorScheme(), ColorScheme::light);
     EXPECT_EQ(taken(), 1);
+    EXPECT_TRUE(!isDark(QPalette::Window) && !isDark(QPalette::Base) && isDark(QPalette::Text));
     sayScheme(2U);
     say(gnome, u"cursor-size"_s, wrapped(24));
     EXPECT_EQ(taken(), 0);
