@@ -24,6 +24,9 @@ SETTLING = 10.0
 # By then all that a change in front brings about is over.
 QUIET_AFTER = 2.0
 
+# What does the same all the time is measured for so long at most.
+STEADY = 120
+
 MIB = 1024 * 1024
 
 
@@ -198,10 +201,11 @@ def parse():
     build = pathlib.Path(__file__).resolve().parent.parent / "build" / "release"
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--seconds", type=int, default=60,
-                        help="how long to measure each, in whole stretches of ten seconds "
-                             "(default 60; 600 is steadier)")
+                        help="how long to measure, in whole stretches of ten seconds (default 60; "
+                             "600 is steadier); the bare process and what follows no longer than "
+                             f"{STEADY}")
     parser.add_argument("--idle", action="store_true",
-                        help="measure as long again with no window in front")
+                        help="measure also with no window in front")
     parser.add_argument("--resting", action="store_true",
                         help="measure only the rest: paused, and with the displays off")
     parser.add_argument("--store", type=pathlib.Path,
@@ -217,6 +221,7 @@ def main():
     if arguments.store and not arguments.store.is_file():
         sys.exit(f"process.py: {arguments.store} is not there")
     idle = bare_idle = None
+    steady = min(arguments.seconds, STEADY)
     try:
         if arguments.resting:
             resting(arguments)
@@ -225,12 +230,12 @@ def main():
             orvanta.start()
             cost, quiet_wakeups = orvanta.take_turns(arguments.seconds)
             if arguments.idle:
-                idle = orvanta.stay_idle(arguments.seconds)
+                idle = orvanta.stay_idle(steady)
         with Measurement(arguments.bare) as process:
             process.start()
-            bare, bare_quiet_wakeups = process.take_turns(arguments.seconds)
+            bare, bare_quiet_wakeups = process.take_turns(steady)
             if arguments.idle:
-                bare_idle = process.stay_idle(arguments.seconds)
+                bare_idle = process.stay_idle(steady)
     except desktop.DesktopError as error:
         sys.exit(f"process.py: {error}")
     except KeyboardInterrupt:

@@ -51,14 +51,14 @@ ColorScheme schemeOfPalette() {
 
 /// For the controls of Qt's own style, which knows no dark desktops.
 QPalette darkPalette() {
-    constexpr QColor window(50, 50, 50);
-    constexpr QColor disabled(127, 127, 127);
+    constexpr QColor window(76, 76, 76); // Its darker shade outlines what is on the base.
+    constexpr QColor disabled(150, 150, 150);
     QPalette palette(window); // The other colours follow.
-    palette.setColor(QPalette::Base, QColor(35, 35, 35));
+    palette.setColor(QPalette::Base, QColor(36, 36, 36));
     palette.setColor(QPalette::AlternateBase, window);
     palette.setColor(QPalette::Highlight, QColor(42, 110, 180));
     palette.setColor(QPalette::Link, QColor(90, 160, 230));
-    palette.setColor(QPalette::PlaceholderText, QColor(160, 160, 160));
+    palette.setColor(QPalette::PlaceholderText, QColor(165, 165, 165));
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
         palette.setColor(QPalette::Disabled, role, disabled);
     }
