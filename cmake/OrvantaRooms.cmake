@@ -67,5 +67,6 @@ function(orvanta_room name)
         add_library(${target}Headers OBJECT ${checks})
         target_link_libraries(${target}Headers PRIVATE ${target} ${ROOM_PRIVATE_LIBRARIES})
         orvanta_compile_options(${target}Headers)
+        target_compile_options(${target}Headers PRIVATE -g0) # Nobody runs them.
     endif()
 endfunction()
