@@ -102,7 +102,9 @@ TEST_F(WlrWindowWatcherTest, AListThatIsWithdrawnOrACompositorThatGoesIsNoWindow
     EXPECT_EQ(active(), u"none"_s);
 
     watch();
-    wl_resource_post_error(bar.add("editor", true), 1, "of the test");
+    wl_resource* editor = bar.add("editor", true);
+    ASSERT_TRUE(becomes(u"editor"_s)); // libwayland leaks what it has not handed on by then.
+    wl_resource_post_error(editor, 1, "of the test");
     compositor.flush();
     ASSERT_TRUE(becomes(State::Ended));
 }
