@@ -53,10 +53,11 @@ function(orvanta_room name)
         orvanta_precompile(${target} ${ORVANTA_WIDGET_HEADERS})
     endif()
 
-    # Every header compiles alone.
+    # Every header compiles alone: what a source of its name includes first does so there.
     set(checks)
     foreach(source IN LISTS ROOM_SOURCES)
-        if(source MATCHES "\\.h$")
+        string(REGEX REPLACE "\\.h$" ".cpp" own_source ${source})
+        if(source MATCHES "\\.h$" AND NOT own_source IN_LIST ROOM_SOURCES)
             string(REPLACE "/" "_" check ${source})
             set(check ${PROJECT_BINARY_DIR}/headers/${name}/${check}.cpp)
             file(CONFIGURE OUTPUT ${check} CONTENT "#include \"${ROOM_FOLDER}/${source}\"\n")
