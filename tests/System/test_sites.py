@@ -181,9 +181,14 @@ class Scenarios:
             "xdotool", "windowminimize", str(first), "windowminimize", str(second))))
 
         self.desktop.activate(first)
-        self.browser.open(self.internal_page)
-        self.slack[None] += 2
+        asked = time.monotonic()
+        # By hand: from outside it would open in the window that was last in front a moment ago.
+        self.desktop.press("ctrl+l")
+        self.desktop.type_line(self.internal_page)
+        desktop.wait_until(lambda: not self.desktop.title(first).startswith("alpha.test"),
+                           "the internal page", PATIENCE)
         time.sleep(2)
+        self.slack[None] += time.monotonic() - asked
         before = self.counted()
         time.sleep(6)  # More than until the next save.
         self.assertEqual(self.counted(), before, "at a page of the browser's own nothing counts")

@@ -43,7 +43,11 @@ public:
 
     void setTitle(const StatusTitle& title);
     /// Of an embedded item nobody asks for the words: they are set.
-    void toolTipChanged() { icon_.setToolTip(handlers_.toolTip()); }
+    void toolTipChanged() {
+        if (handlers_.toolTip) {
+            icon_.setToolTip(handlers_.toolTip());
+        }
+    }
 
 private:
     void fillMenu();
