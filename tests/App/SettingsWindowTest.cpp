@@ -120,8 +120,6 @@ TEST_F(SettingsWindowTest, TheAboutPanelNamesWhatOrvantaIsBuiltOn) {
     EXPECT_TRUE(texts.contains(u"Qt "_s + QLatin1String(qVersion())));
 }
 
-} // namespace
-
 TEST_F(SettingsWindowTest, ItsTitleBarIsInReachOnASmallScreenToo) {
     const QRect large(100, 50, 1000, 800);
     window.centre(large);
@@ -130,3 +128,5 @@ TEST_F(SettingsWindowTest, ItsTitleBarIsInReachOnASmallScreenToo) {
     window.centre({7, 28, 500, 400});
     EXPECT_EQ(window.pos(), QPoint(7, 28));
 }
+
+} // namespace

@@ -12,7 +12,7 @@
 namespace orvanta {
 
 /// The desktop entry by which desktops start Orvanta when the person logs in (freedesktop.org,
-/// Desktop Application Autostart Specification 0.5), com.brindlework.orvanta.desktop.
+/// "Desktop Application Autostart", 0.5), com.brindlework.orvanta.desktop.
 ///
 /// The person's own entry stands for the one that is there for everybody. Where the latter exists,
 /// unregistering puts one into the person's folder that hides it, with a mark by which it is known
