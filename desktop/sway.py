@@ -27,7 +27,7 @@ class SwayDesktop(desktop.Desktop):
     def _start_server(self):
         # Its sockets, which it makes as another user than ours where we are root.
         folder = self.folder / "sway"
-        folder.mkdir(mode=0o700)
+        folder.mkdir(mode=0o700, exist_ok=True)
         configuration = self.folder / "sway.conf"
         configuration.write_text(_CONFIGURATION)
         command = ["sway", "--config", str(configuration)]
@@ -49,6 +49,17 @@ class SwayDesktop(desktop.Desktop):
             return (folder / "ipc").exists() and list(folder.glob("wayland-?"))
 
         self.environment["WAYLAND_DISPLAY"] = str(desktop.wait_until(displays, "sway")[0])
+
+    def kill_server(self):
+        """Its sockets stay."""
+        self.server.kill()
+        self.server.wait()
+
+    def restart_server(self):
+        for left in (self.folder / "sway").iterdir():
+            left.unlink()
+        self._start_server()
+        self.start_window_manager()
 
     def start_window_manager(self):
         """Sway is that as well. A seat without a keyboard has no focus to give: this is one, on which

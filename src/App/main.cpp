@@ -4,6 +4,7 @@
 #include "Linux/LinuxPlatform.h"
 #include "Linux/SingleInstance.h"
 #include "Linux/TerminationSignals.h"
+#include "Linux/Wayland/CompositorLoss.h"
 
 #include <QApplication>
 #include <QLocale>
@@ -13,7 +14,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <utility>
 
 namespace {
 
@@ -25,17 +25,6 @@ void terminate() {
     if (running != nullptr) {
         running->applicationWillTerminate();
         running = nullptr;
-    }
-}
-
-QtMessageHandler writeMessage = nullptr;
-
-// When a Wayland compositor goes away Qt ends the process without even that; this is the last that
-// is heard of it.
-void listenForTheEnd(QtMsgType type, const QMessageLogContext& context, const QString& message) {
-    writeMessage(type, context, message);
-    if (running != nullptr && message.startsWith(QLatin1String("The Wayland connection "))) {
-        std::exchange(running, nullptr)->save();
     }
 }
 
@@ -52,6 +41,10 @@ void alert(const QString& message, const QString& informativeText) {
 } // namespace
 
 int main(int argc, char* argv[]) {
+    const bool isBack = orvanta::CompositorLoss::isBehind(argc, argv);
+    if (isBack) {
+        orvanta::CompositorLoss::waitFor(orvanta::hasDisplay);
+    }
     if (!orvanta::hasDisplay()) {
         std::fputs("O orvanta precisa de um ambiente gráfico em execução.\n", stderr);
         return EXIT_FAILURE;
@@ -83,6 +76,9 @@ int main(int argc, char* argv[]) {
                                      QStringLiteral("com.brindlework.orvanta"),
                                      QDBusConnection::sessionBus());
     if (!instance.isFirst()) {
+        if (isBack) {
+            return EXIT_SUCCESS; // Nobody asked for the panel of the one that was faster.
+        }
         instance.handOver([](bool answered) {
             if (!answered) {
                 std::fputs("O orvanta já está em execução, mas não respondeu.\n", stderr);
@@ -114,7 +110,7 @@ int main(int argc, char* argv[]) {
                      });
     running = &delegate;
     std::atexit(terminate);
-    writeMessage = qInstallMessageHandler(listenForTheEnd);
+    const orvanta::CompositorLoss loss([&delegate] { delegate.save(); });
     const int result = QApplication::exec();
     terminate();
     return result;

@@ -3,6 +3,7 @@
 #include <QGuiApplication>
 #include <QtGlobal>
 
+#include <wayland-client-core.h>
 #include <xcb/xcb.h>
 
 #include <cstdlib>
@@ -10,8 +11,14 @@
 namespace orvanta {
 
 bool hasDisplay() {
+    if (!qEnvironmentVariableIsEmpty("WAYLAND_SOCKET")) {
+        return true; // Already connected, for the first to ask.
+    }
     if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
-        return true;
+        if (wl_display* display = wl_display_connect(nullptr)) {
+            wl_display_disconnect(display);
+            return true;
+        }
     }
     xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
     const bool connected = xcb_connection_has_error(connection) == 0;

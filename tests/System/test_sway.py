@@ -22,6 +22,15 @@ class Sway(case.SystemTest):
     def make_desktop(self):
         return sway.SwayDesktop(time_zone=desktop.zone_far_from_midnight())
 
+    def setUp(self):
+        super().setUp()
+        # A panel that opens by itself would be in front.
+        self.prefer("", setupDoneV1=True)
+
+    def prefer(self, name, **preferences):
+        (self.desktop.folder / "config" / f"{desktop.DOMAIN}{name}.plist").write_bytes(
+            plistlib.dumps(preferences))
+
     def gained_since(self, before):
         return {key: seconds - before.get(key, 0)
                 for key, seconds in self.store.session_seconds().items()
@@ -34,11 +43,7 @@ class Sway(case.SystemTest):
 
     def open_browser(self):
         """That was agreed to at an earlier time."""
-        configuration = self.desktop.folder / "config"
-        (configuration / "com.brindlework.orvanta.plist").write_bytes(
-            plistlib.dumps({"setupDoneV1": True}))
-        (configuration / "com.brindlework.orvanta.automation.plist").write_bytes(
-            plistlib.dumps({"allowed": ["chromium"]}))
+        self.prefer(".automation", allowed=["chromium"])
         pages = orvanta_end.Sites()
         self.addCleanup(pages.close)
         browser = browsers.Chromium(self.desktop, pages)
@@ -93,12 +98,15 @@ class Sway(case.SystemTest):
         self.desktop.activate(terminal)
         self.wait_to_count(FOOT)
 
-    def test_the_compositors_end_loses_nothing(self):
+    def test_the_compositors_end_loses_nothing_and_its_return_is_noticed(self):
         self.desktop.launch_terminal()
         self.orvanta.start()
         self.wait_until_something_is_unsaved()
         saved = self.store.total()
-        self.desktop.server.send_signal(signal.SIGKILL)
-        self.orvanta.wait()
-        self.assertGreater(self.store.total(), saved + 2)
+        self.desktop.kill_server()
+        desktop.wait_until(lambda: self.store.total() > saved + 2, "what was not saved")
+        self.desktop.restart_server()
+        self.desktop.launch_terminal()
+        self.wait_to_count(FOOT)
+        self.ask_to_end()
         self.assertEqual(self.store.integrity(), "ok")
