@@ -55,7 +55,16 @@ int main(int argc, char* argv[]) {
     if (!isQtDesktop) {
         qunsetenv("XDG_CURRENT_DESKTOP");
     }
+    // A wake-up of Qt's own event loop costs less than one of GLib's, of which nothing is used.
+    // What is started from here decides for itself.
+    const bool isLoopChosen = qEnvironmentVariableIsSet("QT_NO_GLIB");
+    if (!isLoopChosen) {
+        qputenv("QT_NO_GLIB", "1");
+    }
     QApplication application(argc, argv);
+    if (!isLoopChosen) {
+        qunsetenv("QT_NO_GLIB");
+    }
     if (!isQtDesktop && !currentDesktop.isEmpty()) {
         qputenv("XDG_CURRENT_DESKTOP", currentDesktop);
     }

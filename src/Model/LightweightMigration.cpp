@@ -129,7 +129,8 @@ bool LightweightMigration::isModelComplete() const {
 }
 
 void LightweightMigration::run() {
-    Transaction transaction(database_);
+    Transaction::Statements statements(database_);
+    Transaction transaction(statements);
     for (const Entity& entity : schema_.entities) {
         const std::set<QByteArray> columns = columnsOf(database_, entity.table());
         for (const Attribute& attribute : entity.attributes) {

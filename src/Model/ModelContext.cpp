@@ -60,7 +60,8 @@ const int dayActivityEntity = 2;
 
 struct ModelContext::Statements {
     explicit Statements(Database& database)
-        : insertActivity(database,
+        : transaction(database)
+        , insertActivity(database,
                          "INSERT INTO ZACTIVITY (Z_PK, Z_ENT, Z_OPT, ZLASTUSEDAT, ZSECONDS, "
                          "ZCATEGORYVALUE, ZPREVIOUSCATEGORYVALUE, ZKEY, ZNAME) "
                          "VALUES (?5, 1, 1, ?1, ?2, ?3, ?4, ?6, ?7)")
@@ -82,6 +83,7 @@ struct ModelContext::Statements {
                         " IFNULL((SELECT MAX(Z_PK) FROM ZDAYACTIVITY), 0))")
         , writeLastKey(database, "UPDATE Z_PRIMARYKEY SET Z_MAX = ?1 WHERE Z_ENT = ?2") {}
 
+    Transaction::Statements transaction;
     Statement insertActivity;
     Statement updateActivity;
     Statement insertDayActivity;
@@ -182,7 +184,7 @@ void ModelContext::save() {
     PrimaryKeys dayActivityKeys(s.lastDayActivityKey, s.writeLastKey, dayActivityEntity);
     std::vector<std::pair<qint64*, qint64>> given;
 
-    Transaction transaction(database_);
+    Transaction transaction(s.transaction);
     for (const auto& [activity, primaryKey] : activities_.pending()) {
         const auto bindChangeable = [&activity = activity](Statement& statement) -> Statement& {
             statement.bind(1, activity.lastUsedAt())

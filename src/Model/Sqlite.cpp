@@ -178,20 +178,25 @@ void Statement::check(int result) {
     }
 }
 
-Transaction::Transaction(Database& database)
-    : database_(database) {
-    database.execute("BEGIN IMMEDIATE");
+Transaction::Statements::Statements(Database& connection)
+    : database(connection)
+    , begin(connection, "BEGIN IMMEDIATE")
+    , commit(connection, "COMMIT") {}
+
+Transaction::Transaction(Statements& statements)
+    : statements_(statements) {
+    statements_.begin.run();
 }
 
 Transaction::~Transaction() {
     // After some errors SQLite has rolled back by itself; then there is nothing left to undo.
-    if (open_ && sqlite3_get_autocommit(database_.handle()) == 0) {
-        sqlite3_exec(database_.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    if (open_ && sqlite3_get_autocommit(statements_.database.handle()) == 0) {
+        sqlite3_exec(statements_.database.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
     }
 }
 
 void Transaction::commit() {
-    database_.execute("COMMIT");
+    statements_.commit.run();
     open_ = false;
 }
 

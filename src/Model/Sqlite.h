@@ -94,7 +94,14 @@ private:
 /// Everything between construction and `commit` is one unit; rolled back if it is not committed.
 class Transaction {
 public:
-    explicit Transaction(Database& database);
+    /// Parsed once for many transactions.
+    struct Statements {
+        explicit Statements(Database& database);
+        Database& database;
+        Statement begin;
+        Statement commit;
+    };
+    explicit Transaction(Statements& statements);
     ~Transaction();
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
@@ -102,7 +109,7 @@ public:
     void commit();
 
 private:
-    Database& database_;
+    Statements& statements_;
     bool open_ = true;
 };
 

@@ -6,31 +6,35 @@ namespace orvanta::TrackingPolicy {
 
 namespace {
 
+// What does not begin so is looked at no further, once a second.
+constexpr QLatin1StringView vendor("com.apple.");
 constexpr std::array systemComponents{
-    QLatin1StringView("com.apple.finder"),
-    QLatin1StringView("com.apple.dock"),
-    QLatin1StringView("com.apple.notificationcenterui"),
-    QLatin1StringView("com.apple.usernotificationcenter"),
-    QLatin1StringView("com.apple.controlcenter"),
-    QLatin1StringView("com.apple.systemuiserver"),
-    QLatin1StringView("com.apple.spotlight"),
-    QLatin1StringView("com.apple.loginwindow"),
-    QLatin1StringView("com.apple.screensaver.engine"),
-    QLatin1StringView("com.apple.systempreferences"),
-    QLatin1StringView("com.apple.systemsettings"),
-    QLatin1StringView("com.apple.securityagent"),
-    QLatin1StringView("com.apple.coreauthui"),
-    QLatin1StringView("com.apple.scopedbookmarkagent"),
+    QLatin1StringView("finder"),
+    QLatin1StringView("dock"),
+    QLatin1StringView("notificationcenterui"),
+    QLatin1StringView("usernotificationcenter"),
+    QLatin1StringView("controlcenter"),
+    QLatin1StringView("systemuiserver"),
+    QLatin1StringView("spotlight"),
+    QLatin1StringView("loginwindow"),
+    QLatin1StringView("screensaver.engine"),
+    QLatin1StringView("systempreferences"),
+    QLatin1StringView("systemsettings"),
+    QLatin1StringView("securityagent"),
+    QLatin1StringView("coreauthui"),
+    QLatin1StringView("scopedbookmarkagent"),
 };
 
 } // namespace
 
 bool isSystemComponent(const QString& bundleIdentifier, const std::optional<QString>& path) {
-    for (const QLatin1StringView component : systemComponents) {
-        if (bundleIdentifier.startsWith(component, Qt::CaseInsensitive) &&
-            (bundleIdentifier.size() == component.size() ||
-             bundleIdentifier[component.size()] == QLatin1Char('.'))) {
-            return true;
+    if (bundleIdentifier.startsWith(vendor, Qt::CaseInsensitive)) {
+        const QStringView name = QStringView(bundleIdentifier).sliced(vendor.size());
+        for (const QLatin1StringView component : systemComponents) {
+            if (name.startsWith(component, Qt::CaseInsensitive) &&
+                (name.size() == component.size() || name[component.size()] == QLatin1Char('.'))) {
+                return true;
+            }
         }
     }
     return path && path->startsWith(QLatin1StringView("/System/Library/"));
