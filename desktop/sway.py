@@ -1,6 +1,6 @@
 """A virtual Wayland desktop under sway, headless, with what desktop.Desktop has besides.
 
-Needs sway, wtype and foot.
+Needs sway, wtype and foot; grim for screenshots.
 """
 
 import json
@@ -90,6 +90,12 @@ class SwayDesktop(desktop.Desktop):
 
     def focused(self):
         return next((node["id"] for node in self._nodes() if node["focused"]), None)
+
+    def press(self, key):
+        self.run("wtype", "-k", key)
+
+    def screenshot(self, path):
+        self.run("grim", str(path))
 
     def activate(self, window):
         self.message(f"[con_id={window}] focus")

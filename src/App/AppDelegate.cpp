@@ -64,7 +64,10 @@ AppDelegate::AppDelegate(Surroundings surroundings)
     , defaults_(surroundings_.configurationFolder, domain)
     , automationDefaults_(surroundings_.configurationFolder, automationDomain)
     , calendar_(surroundings_.calendar)
-    , popover_(platform_.mainLoop) {
+    , popover_(desktop_.placesPopups() ? Popover::Kind::Popup : Popover::Kind::Window,
+               platform_.mainLoop) {
+    connect(&popover_, &Popover::wasLeft, this,
+            [this] { closeByPress(desktop_.pointerPosition()); });
     connect(&popover_, &Popover::didClose, this, &AppDelegate::popoverDidClose);
 }
 
@@ -298,6 +301,11 @@ void AppDelegate::mousePressed(QPoint place) {
         (menu != nullptr && menu->geometry().contains(place))) {
         return;
     }
+    closeByPress(place);
+}
+
+/// By one that may be the first half of a click on the status item, which is not to open it again.
+void AppDelegate::closeByPress(QPoint place) {
     closingPress_ = {place, desktop_.uptime()};
     popover_.close();
 }

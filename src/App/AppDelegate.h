@@ -84,6 +84,7 @@ private:
     void startPopoverDismissalMonitoring();
     void stopPopoverDismissalMonitoring();
     void mousePressed(QPoint place);
+    void closeByPress(QPoint place);
     void applicationActivated();
 
     void installEditMenu(SettingsWindow& window);

@@ -128,6 +128,10 @@ LinuxPlatform::addGlobalMonitorForMouseDowns(std::function<void(QPoint)> handler
                                  [handler = std::move(handler)] { handler(QCursor::pos()); });
 }
 
+bool LinuxPlatform::placesPopups() const {
+    return qtX11Connection() != nullptr;
+}
+
 void LinuxPlatform::keepInactive(QWindow& window) {
     if (qtX11Connection() != nullptr) {
         focusFilter_.apply(static_cast<std::uint32_t>(window.winId()));

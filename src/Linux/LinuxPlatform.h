@@ -44,6 +44,7 @@ public:
     std::unique_ptr<EventMonitor>
     addGlobalMonitorForMouseDowns(std::function<void(QPoint)> handler) override;
     void updateFrontmost() override { watcher_->update(); }
+    bool placesPopups() const override;
     void keepInactive(QWindow& window) override;
     void activate(QWindow& window) override;
 

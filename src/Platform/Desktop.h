@@ -80,6 +80,9 @@ public:
     /// What has come to the front until now is announced before this returns, where the desktop can
     /// be asked; it may have to be waited for.
     virtual void updateFrontmost() = 0;
+    /// Whether a popup goes where it is put, gets the clicks outside it and leaves the window
+    /// behind it the active one. What is not a popup is placed by the desktop.
+    virtual bool placesPopups() const = 0;
     /// Whoever types into this window by a grab of the keyboard, the application does not become
     /// the active one by it. For one window; it exists already.
     virtual void keepInactive(QWindow& window) = 0;

@@ -17,6 +17,9 @@ constexpr int grabAttempts = 40;
 /// Without a key or a click, the keyboard is given back after so long.
 constexpr MainLoop::Duration unused{30};
 
+/// Between a window of ours and the next, none has the focus for a moment.
+constexpr MainLoop::Duration betweenWindows{0.1};
+
 bool isDesktopsModifier(int key) {
     return key == Qt::Key_Alt || key == Qt::Key_Meta || key == Qt::Key_Super_L ||
            key == Qt::Key_Super_R;
@@ -24,18 +27,13 @@ bool isDesktopsModifier(int key) {
 
 } // namespace
 
-Popover::Popover(MainLoop& mainLoop)
-    : QWidget(nullptr, Qt::Popup | Qt::FramelessWindowHint)
+Popover::Popover(Kind kind, MainLoop& mainLoop)
+    : QWidget(nullptr, (kind == Kind::Popup ? Qt::Popup : Qt::Window) | Qt::FramelessWindowHint)
     , mainLoop_(mainLoop) {
     setWindowTitle(QStringLiteral("orvanta"));
     setFixedSize(contentSize);
     setAttribute(Qt::WA_NoMouseReplay); // Nothing of a click that closes it is for others.
-    connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, [this](QWindow* window) {
-        // A dialogue of our own that came up is what keys are meant for.
-        if (isVisible() && window != nullptr && window->type() != Qt::Popup) {
-            releaseKeyboard();
-        }
-    });
+    connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &Popover::focusMoved);
 }
 
 Popover::~Popover() = default;
@@ -49,6 +47,12 @@ void Popover::open(std::unique_ptr<QWidget> content, const Opening& opening) {
     move(opening.place);
     qGuiApp->installEventFilter(this);
     show();
+    if (!isPopup()) {
+        if (opening.takesKeyboard) {
+            windowHandle()->requestActivate();
+        }
+        return;
+    }
     releasePointer();
     if (opening.takesKeyboard) {
         takeKeyboard(grabAttempts);
@@ -61,7 +65,7 @@ bool Popover::event(QEvent* event) {
     switch (event->type()) {
     case QEvent::KeyPress: {
         const int key = static_cast<QKeyEvent*>(event)->key();
-        if (key == Qt::Key_Escape || isDesktopsModifier(key)) {
+        if (key == Qt::Key_Escape || (isPopup() && isDesktopsModifier(key))) {
             close();
             return true;
         }
@@ -99,9 +103,28 @@ bool Popover::eventFilter(QObject* watched, QEvent* event) {
     return QWidget::eventFilter(watched, event);
 }
 
+bool Popover::isPopup() const {
+    return windowType() == Qt::Popup;
+}
+
+void Popover::focusMoved(QWindow* window) {
+    if (!isVisible()) {
+        return;
+    }
+    if (!isPopup()) {
+        focusTimer_.reset();
+        if (window == nullptr) {
+            focusTimer_ = mainLoop_.once(betweenWindows, [this] { Q_EMIT wasLeft(); });
+        }
+    } else if (window != nullptr && window->type() != Qt::Popup) {
+        // A dialogue of our own that came up is what keys are meant for.
+        releaseKeyboard();
+    }
+}
+
 void Popover::didHide() {
     qGuiApp->removeEventFilter(this);
-    keyboardTimer_.reset();
+    focusTimer_.reset();
     QWidget* content = std::exchange(content_, nullptr);
     if (content == nullptr) {
         return;
@@ -113,24 +136,24 @@ void Popover::didHide() {
 }
 
 void Popover::takeKeyboard(int attempts) {
-    if (!isVisible()) {
+    if (!isPopup() || !isVisible()) {
         return;
     }
     if (windowHandle()->setKeyboardGrabEnabled(true)) {
-        keyboardTimer_ = mainLoop_.once(unused, [this] { releaseKeyboard(); });
+        focusTimer_ = mainLoop_.once(unused, [this] { releaseKeyboard(); });
     } else if (attempts > 1) {
-        keyboardTimer_ =
+        focusTimer_ =
             mainLoop_.once(grabInterval, [this, attempts] { takeKeyboard(attempts - 1); });
     }
 }
 
 void Popover::releaseKeyboard() {
-    keyboardTimer_.reset();
+    focusTimer_.reset();
     windowHandle()->setKeyboardGrabEnabled(false);
 }
 
 void Popover::releasePointer() {
-    if (leavesPointer_ && isVisible()) {
+    if (isPopup() && leavesPointer_ && isVisible()) {
         windowHandle()->setMouseGrabEnabled(false);
     }
 }

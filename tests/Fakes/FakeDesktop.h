@@ -39,6 +39,7 @@ public:
     std::vector<ScreenArea> screens{{QRect(0, 0, 1280, 800), QRect(0, 28, 1280, 772)}};
     QPoint pointer{640, 400};
     bool tellsPresses = true;
+    bool arePopupsPlaced = true;
 
     /// Lives as long as whoever asked for it lets it.
     FakeAutomation* automation = nullptr;
@@ -107,6 +108,7 @@ public:
             untold();
         }
     }
+    bool placesPopups() const override { return arePopupsPlaced; }
     void keepInactive(QWindow& /*window*/) override {}
     void activate(QWindow& window) override {
         log.append(QStringLiteral("activate ") + window.title());

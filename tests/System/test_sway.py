@@ -98,6 +98,31 @@ class Sway(case.SystemTest):
         self.desktop.activate(terminal)
         self.wait_to_count(FOOT)
 
+    def test_the_panel_neither_counts_nor_stops_what_is_behind_it(self):
+        terminal, mousepad = self.desktop.launch_terminal(), self.desktop.launch_mousepad()
+        self.desktop.activate(terminal)
+        self.orvanta.start()
+        self.wait_to_count(FOOT)
+
+        self.desktop.spawn([self.orvanta.executable])  # Nothing here shows its status item.
+        panel = desktop.wait_until(lambda: self.desktop.windows_of(self.orvanta.process.pid),
+                                   "the panel")[0]
+        desktop.wait_until(lambda: self.desktop.focused() == panel, "the panel in front")
+        before = self.store.session_seconds()
+        desktop.wait_until(lambda: self.gained_since(before).get(FOOT, 0) > 4, "time behind it",
+                           4 + case.SAVE_INTERVAL + case.TOLERANCE)
+        self.desktop.press("Escape")
+        desktop.wait_until(lambda: self.desktop.focused() == terminal, "the panel's end")
+
+        self.desktop.spawn([self.orvanta.executable])
+        desktop.wait_until(lambda: self.desktop.windows_of(self.orvanta.process.pid), "the panel")
+        self.desktop.activate(mousepad)
+        desktop.wait_until(lambda: not self.desktop.windows_of(self.orvanta.process.pid),
+                           "the panel's end")
+        self.wait_to_count(case.MOUSEPAD)
+        self.assertEqual({key for key, seconds in self.store.session_seconds().items() if seconds},
+                         {FOOT, case.MOUSEPAD})
+
     def test_the_compositors_end_loses_nothing_and_its_return_is_noticed(self):
         self.desktop.launch_terminal()
         self.orvanta.start()
