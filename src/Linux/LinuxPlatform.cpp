@@ -6,6 +6,7 @@
 #include "Linux/StatusNotifier/LinuxStatusItem.h"
 #include "Linux/SystemClock.h"
 #include "Linux/Windows/ChosenWindowWatcher.h"
+#include "Linux/Windows/KWinWindowWatcher.h"
 #include "Linux/Windows/SwayWindowWatcher.h"
 #include "Linux/Windows/WlrWindowWatcher.h"
 #include "Linux/Windows/X11MouseMonitor.h"
@@ -54,6 +55,7 @@ std::unique_ptr<WindowWatcher> makeWindowWatcher(MainLoop& mainLoop) {
     candidates.emplace_back(
         [display] { return std::make_unique<SwayWindowWatcher>(qgetenv("SWAYSOCK"), display); });
     candidates.emplace_back([display] { return std::make_unique<WlrWindowWatcher>(display); });
+    candidates.emplace_back([display] { return std::make_unique<KWinWindowWatcher>(display); });
     return std::make_unique<ChosenWindowWatcher>(std::move(candidates), mainLoop);
 }
 

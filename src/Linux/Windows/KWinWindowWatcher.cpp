@@ -1,0 +1,108 @@
+#include "Linux/Windows/KWinWindowWatcher.h"
+
+#include "plasma-window-management.h"
+
+#include <wayland-client.h>
+
+#include <memory>
+#include <utility>
+
+namespace orvanta {
+
+namespace {
+
+using Manager = org_kde_plasma_window_management;
+using Handle = org_kde_plasma_window;
+
+// From 4 on a window can be destroyed; from 13 on the list names them by UUID.
+constexpr uint32_t lowestVersion = 4;
+constexpr uint32_t knownVersion = 16;
+
+} // namespace
+
+struct KWinWindowWatcher::PlasmaWindow final : Listed {
+    ~PlasmaWindow() override { org_kde_plasma_window_destroy(handle); }
+
+    Handle* handle = nullptr;
+};
+
+KWinWindowWatcher::KWinWindowWatcher(const QByteArray& display)
+    : ListedWindowWatcher(display) {}
+
+KWinWindowWatcher::~KWinWindowWatcher() {
+    if (manager_ != nullptr) {
+        org_kde_plasma_window_management_destroy(manager_);
+    }
+}
+
+void KWinWindowWatcher::start() {
+    static constexpr org_kde_plasma_window_management_listener listener{
+        .show_desktop_changed = [](void*, Manager*, uint32_t) {},
+        .window =
+            [](void* self, Manager* manager, uint32_t id) {
+                static_cast<KWinWindowWatcher*>(self)->add(
+                    org_kde_plasma_window_management_get_window(manager, id));
+            },
+        .stacking_order_changed = [](void*, Manager*, wl_array*) {},
+        .stacking_order_uuid_changed = [](void*, Manager*, const char*) {},
+        .window_with_uuid =
+            [](void* self, Manager* manager, uint32_t, const char* uuid) {
+                static_cast<KWinWindowWatcher*>(self)->add(
+                    org_kde_plasma_window_management_get_window_by_uuid(manager, uuid));
+            }};
+    manager_ = connection().bind<Manager>(org_kde_plasma_window_management_interface, lowestVersion,
+                                          knownVersion);
+    if (manager_ == nullptr) {
+        setState(State::Unsupported);
+        return;
+    }
+    org_kde_plasma_window_management_add_listener(manager_, &listener, this);
+    setState(State::Watching);
+}
+
+void KWinWindowWatcher::add(Handle* handle) {
+    static constexpr auto windowOf = [](void* data) -> PlasmaWindow& {
+        return *static_cast<PlasmaWindow*>(data);
+    };
+    static constexpr auto watcherOf = [](void* data) -> KWinWindowWatcher& {
+        return static_cast<KWinWindowWatcher&>(*windowOf(data).watcher);
+    };
+    static constexpr org_kde_plasma_window_listener listener{
+        .title_changed = [](void*, Handle*, const char*) {},
+        .app_id_changed =
+            [](void* data, Handle*, const char* name) {
+                windowOf(data).window.wmClass = boundedName(name);
+            },
+        .state_changed =
+            [](void* data, Handle*, uint32_t flags) {
+                watcherOf(data).setActive(
+                    windowOf(data), (flags & ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_ACTIVE) != 0);
+            },
+        .virtual_desktop_changed = [](void*, Handle*, int32_t) {},
+        .themed_icon_name_changed = [](void*, Handle*, const char*) {},
+        .unmapped = [](void* data, Handle*) { watcherOf(data).remove(windowOf(data)); },
+        .initial_state = [](void*, Handle*) {},
+        .parent_window = [](void*, Handle*, Handle*) {},
+        .geometry = [](void*, Handle*, int32_t, int32_t, uint32_t, uint32_t) {},
+        .icon_changed = [](void*, Handle*) {},
+        .pid_changed =
+            [](void* data, Handle*, uint32_t process) {
+                windowOf(data).window.processIdentifier =
+                    process != 0 ? std::optional<qint64>(process) : std::nullopt;
+            },
+        .virtual_desktop_entered = [](void*, Handle*, const char*) {},
+        .virtual_desktop_left = [](void*, Handle*, const char*) {},
+        .application_menu = [](void*, Handle*, const char*, const char*) {},
+        .activity_entered = [](void*, Handle*, const char*) {},
+        .activity_left = [](void*, Handle*, const char*) {},
+        .resource_name_changed =
+            [](void* data, Handle*, const char* name) {
+                windowOf(data).window.wmInstance = boundedName(name);
+            }};
+    auto window = std::make_unique<PlasmaWindow>();
+    window->handle = handle;
+    org_kde_plasma_window_add_listener(handle, &listener, window.get());
+    ListedWindowWatcher::add(std::move(window));
+}
+
+} // namespace orvanta
