@@ -6,6 +6,7 @@
 #include "Linux/StatusNotifier/LinuxStatusItem.h"
 #include "Linux/SystemClock.h"
 #include "Linux/Windows/ChosenWindowWatcher.h"
+#include "Linux/Windows/GnomeWindowWatcher.h"
 #include "Linux/Windows/KWinWindowWatcher.h"
 #include "Linux/Windows/SwayWindowWatcher.h"
 #include "Linux/Windows/WlrWindowWatcher.h"
@@ -37,13 +38,21 @@ std::optional<QByteArray> xDisplay() {
     return qgetenv("DISPLAY");
 }
 
-/// Of the browser extension: beside the program in a build tree, else where it is installed.
-QString packageFolder() {
+/// Of an extension: beside the program in a build tree, else where it is installed.
+QString packageFolder(const QString& name) {
     const QDir programs(QCoreApplication::applicationDirPath());
-    const QString built = programs.filePath(QStringLiteral("browser"));
+    const QString built = programs.filePath(name);
     return QDir(built).exists()
                ? built
-               : QDir::cleanPath(programs.filePath(QStringLiteral("../share/orvanta/browser")));
+               : QDir::cleanPath(programs.filePath(QStringLiteral("../share/orvanta/") + name));
+}
+
+GnomeExtension gnomeExtension() {
+    return GnomeExtension(
+        {.packageFolder = packageFolder(QStringLiteral("gnome")),
+         .extensionsFolder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                             QStringLiteral("/gnome-shell/extensions"),
+         .settingsProgram = QStringLiteral("gsettings")});
 }
 
 std::unique_ptr<WindowWatcher> makeWindowWatcher(MainLoop& mainLoop) {
@@ -55,6 +64,10 @@ std::unique_ptr<WindowWatcher> makeWindowWatcher(MainLoop& mainLoop) {
     candidates.emplace_back(
         [display] { return std::make_unique<SwayWindowWatcher>(qgetenv("SWAYSOCK"), display); });
     candidates.emplace_back([display] { return std::make_unique<WlrWindowWatcher>(display); });
+    candidates.emplace_back([&mainLoop] {
+        return std::make_unique<GnomeWindowWatcher>(QDBusConnection::sessionBus(), mainLoop,
+                                                    gnomeExtension());
+    });
     candidates.emplace_back([display] { return std::make_unique<KWinWindowWatcher>(display); });
     return std::make_unique<ChosenWindowWatcher>(std::move(candidates), mainLoop);
 }
@@ -178,7 +191,7 @@ std::unique_ptr<Automation> LinuxPlatform::makeAutomation(AutomationDecisions de
             {.home = QDir::homePath(),
              .configHome = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
              .hostExecutable = host,
-             .packageFolder = packageFolder()}),
+             .packageFolder = packageFolder(QStringLiteral("browser"))}),
         .entries = entries_,
         .display = xDisplay().value_or(QByteArray())});
 }

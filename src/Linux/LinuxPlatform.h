@@ -38,6 +38,7 @@ public:
     std::unique_ptr<StatusItem> makeStatusItem(StatusItem::Handlers handlers) override;
     void startPresence() override;
     WindowWatching windowWatching() const override { return watcher_->state(); }
+    std::optional<QString> allowWindowWatching() override { return watcher_->allow(); }
     const Appearance& appearance() const override { return appearance_; }
     std::vector<ScreenArea> screenAreas() const override;
     QPoint pointerPosition() const override;

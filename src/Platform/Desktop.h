@@ -7,11 +7,13 @@
 
 #include <QObject>
 #include <QPoint>
+#include <QString>
 #include <QStringList>
 #include <QTimeZone>
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class QWindow;
@@ -66,6 +68,9 @@ public:
     virtual void startPresence() = 0;
 
     virtual WindowWatching windowWatching() const = 0;
+    /// The person has agreed to what WindowWatching::NeedsPermission is about. Returns why it could
+    /// not be done, in words to be shown; nothing is left half done then.
+    virtual std::optional<QString> allowWindowWatching() = 0;
     virtual const Appearance& appearance() const = 0;
 
     /// All monitors, the main one first; asked of the desktop anew. Empty when there is none.

@@ -36,6 +36,9 @@ public:
     /// Seconds for which the process was held up: they passed on both clocks, and no timer fired.
     double stalled = 0;
     WindowWatching watching = WindowWatching::Watching;
+    std::function<std::optional<QString>()> allow = [] {
+        return std::nullopt;
+    };
     std::vector<ScreenArea> screens{{QRect(0, 0, 1280, 800), QRect(0, 28, 1280, 772)}};
     QPoint pointer{640, 400};
     bool tellsPresses = true;
@@ -92,6 +95,7 @@ public:
     }
     void startPresence() override { log.append(QStringLiteral("presence")); }
     WindowWatching windowWatching() const override { return watching; }
+    std::optional<QString> allowWindowWatching() override { return allow(); }
     const Appearance& appearance() const override { return looks; }
     std::vector<ScreenArea> screenAreas() const override { return screens; }
     QPoint pointerPosition() const override { return pointer; }

@@ -24,7 +24,9 @@ BELOW_ANY_PREFIX = {
     "share/man/man1/orvanta.1.gz", "share/man/man1/orvanta-browser-host.1.gz",
     "share/man/pt_BR/man1/orvanta.1.gz",
     "share/orvanta/browser/orvanta.crx", "share/orvanta/browser/orvanta.xpi",
-    *(f"share/orvanta/browser/extension/{name}" for name in EXTENSION)}
+    *(f"share/orvanta/browser/extension/{name}" for name in EXTENSION),
+    *(f"share/orvanta/gnome/{form}/{name}" for form in (42, 45)
+      for name in ("extension.js", "metadata.json"))}
 
 
 def run(*command, **environment):

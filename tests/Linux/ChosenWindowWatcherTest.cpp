@@ -29,6 +29,10 @@ public:
         setState(state);
         QCoreApplication::processEvents();
     }
+    std::optional<QString> allow() override {
+        setState(State::NeedsLogin);
+        return std::nullopt;
+    }
 };
 
 class ChosenWindowWatcherTest : public testing::Test {
@@ -74,6 +78,18 @@ TEST_F(ChosenWindowWatcherTest, WhereNoneAnswersItSaysSoAndALateAnswerIsWelcome)
     made[1]->becomes(State::Watching);
     EXPECT_EQ(watcher.state(), State::Watching);
     EXPECT_EQ(active(), "second");
+}
+
+TEST_F(ChosenWindowWatcherTest, OneThatWaitsForThePersonSaysSoWhereNoOtherAnswers) {
+    made[1]->becomes(State::NeedsPermission);
+    EXPECT_EQ(watcher.state(), State::Waiting);
+    made[0]->becomes(State::Unsupported);
+    EXPECT_EQ(watcher.state(), State::NeedsPermission);
+    watcher.allow();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(watcher.state(), State::NeedsLogin);
+    made[1]->becomes(State::Watching);
+    EXPECT_EQ(watcher.state(), State::Watching);
 }
 
 TEST_F(ChosenWindowWatcherTest, WhenTheChosenOneEndsAllAreAskedAnew) {

@@ -36,10 +36,20 @@ void ChosenWindowWatcher::update() {
     }
 }
 
+std::optional<QString> ChosenWindowWatcher::allow() {
+    for (const auto& watcher : asked_) {
+        if (watcher->state() == State::NeedsPermission) {
+            return watcher->allow();
+        }
+    }
+    return std::nullopt;
+}
+
 void ChosenWindowWatcher::consider() {
     if (chosen_) {
         return;
     }
+    State otherwise = otherwise_;
     bool isAnyWaiting = false;
     for (auto& watcher : asked_) {
         if (watcher->state() == State::Watching) {
@@ -52,12 +62,15 @@ void ChosenWindowWatcher::consider() {
                 break;
             }
         }
+        if (watcher->state() == State::NeedsPermission || watcher->state() == State::NeedsLogin) {
+            otherwise = watcher->state();
+        }
     }
     if (!isAnyWaiting) {
         timer_.reset();
     }
     // One that answers late is welcome still.
-    setState(isAnyWaiting && isPatient_ ? State::Waiting : otherwise_);
+    setState(isAnyWaiting && isPatient_ ? State::Waiting : otherwise);
 }
 
 void ChosenWindowWatcher::choose(std::unique_ptr<WindowWatcher> watcher) {

@@ -26,6 +26,7 @@ public:
 
     void update() override;
     void chooseAgain() override;
+    std::optional<QString> allow() override;
 
 private:
     void consider();

@@ -29,6 +29,10 @@ public:
     /// For one that has a choice and is not watching: looks again who answers, as after a resume.
     virtual void chooseAgain() {}
 
+    /// Where the person has let in what is missing (NeedsPermission): puts it there. Returns why
+    /// that failed.
+    virtual std::optional<QString> allow() { return std::nullopt; }
+
 Q_SIGNALS:
     void activeWindowChanged();
     void stateChanged();
