@@ -18,6 +18,7 @@
 
 #include <QApplication>
 #include <QMessageBox>
+#include <QPushButton>
 
 #include <malloc.h>
 
@@ -154,6 +155,7 @@ bool AppDelegate::applicationShouldHandleReopen() {
     } else if (status_ && !status_->isShown()) {
         showPopover(true);
     }
+    saidOfWindows_.reset();
     windowWatchingChanged();
     return false;
 }
@@ -265,7 +267,7 @@ void AppDelegate::showPopover(bool isAsked) {
                                    .quit = surroundings_.terminate,
                                    .desktopProblem =
                                        [this] {
-                                           return windowWatchingText(desktop_.windowWatching());
+                                           return desktopProblem();
                                        }});
     popover_.winId(); // Its native window is made now, if it never was.
     desktop_.keepInactive(*popover_.windowHandle());
@@ -354,16 +356,62 @@ void AppDelegate::windowWillClose() {
 
 void AppDelegate::windowWatchingChanged() {
     const WindowWatching state = desktop_.windowWatching();
+    if (state == WindowWatching::Waiting || state == saidOfWindows_) {
+        return; // It may be what it was again.
+    }
+    saidOfWindows_ = state;
+    if (windowMessage_) {
+        windowMessage_->close();
+    }
+    const QString text = windowWatchingText(state);
     if (state == WindowWatching::Ended) {
         // There is no display left to say it on.
-        qInfo("%s", qUtf8Printable(windowWatchingText(state)));
+        qInfo("%s", qUtf8Printable(text));
         surroundings_.terminate();
-    } else if (const QString text = windowWatchingText(state); !text.isEmpty()) {
-        auto* message = new QMessageBox(QMessageBox::Information, QStringLiteral("orvanta"), text);
-        message->setAttribute(Qt::WA_DeleteOnClose);
-        message->setModal(false);
-        message->show();
+    } else if (state == WindowWatching::NeedsPermission) {
+        askForWindowWatching();
+    } else if (!text.isEmpty()) {
+        showWindowMessage(text, {});
     }
+}
+
+DesktopProblem AppDelegate::desktopProblem() {
+    const WindowWatching state = desktop_.windowWatching();
+    DesktopProblem problem{windowWatchingText(state), {}};
+    if (state == WindowWatching::NeedsPermission) {
+        problem.solve = [this] {
+            popover_.close();
+            askForWindowWatching();
+        };
+    }
+    return problem;
+}
+
+void AppDelegate::askForWindowWatching() {
+    QMessageBox& question = showWindowMessage(
+        windowWatchingText(WindowWatching::NeedsPermission),
+        QStringLiteral("A extensão diz ao orvanta apenas qual aplicativo está à frente: nunca "
+                       "títulos nem conteúdos. Nada sai deste computador."));
+    question.setStandardButtons(QMessageBox::NoButton);
+    const auto* permit = question.addButton(QStringLiteral("Permitir"), QMessageBox::AcceptRole);
+    question.addButton(QStringLiteral("Agora não"), QMessageBox::RejectRole);
+    connect(permit, &QPushButton::clicked, this, [this] {
+        if (const auto problem = desktop_.allowWindowWatching()) {
+            showWindowMessage(QStringLiteral("Não foi possível instalar a extensão."), *problem);
+        }
+    });
+}
+
+QMessageBox& AppDelegate::showWindowMessage(const QString& text, const QString& detail) {
+    if (windowMessage_) {
+        windowMessage_->close();
+    }
+    windowMessage_ = new QMessageBox(QMessageBox::Information, QStringLiteral("orvanta"), text);
+    windowMessage_->setInformativeText(detail);
+    windowMessage_->setAttribute(Qt::WA_DeleteOnClose);
+    windowMessage_->setModal(false);
+    windowMessage_->show();
+    return *windowMessage_;
 }
 
 } // namespace orvanta

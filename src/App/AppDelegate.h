@@ -11,15 +11,19 @@
 #include "Platform/StatusItem.h"
 #include "Setup/Setup.h"
 #include "Tracking/Tracker.h"
+#include "Views/PanelSurroundings.h"
 #include "Views/Popover.h"
 #include "Views/Text/StatusText.h"
 
 #include <QObject>
+#include <QPointer>
 
 #include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
+
+class QMessageBox;
 
 namespace orvanta {
 
@@ -73,6 +77,9 @@ public:
 
 private:
     void windowWatchingChanged();
+    DesktopProblem desktopProblem();
+    void askForWindowWatching();
+    QMessageBox& showWindowMessage(const QString& text, const QString& detail);
     StatusTotals statusTotals() const;
     void updateStatus();
     std::vector<StatusMenuItem> statusMenu();
@@ -117,6 +124,9 @@ private:
         double uptime;
     };
     std::optional<Press> closingPress_; ///< the last press that closed the popover
+
+    std::optional<WindowWatching> saidOfWindows_; ///< what the message below was last about
+    QPointer<QMessageBox> windowMessage_;
 
     std::unique_ptr<SettingsWindow> settingsWindow_; ///< made when first shown
     std::unique_ptr<MainLoopTimer> refreshTimer_;

@@ -11,6 +11,13 @@ class Calendar;
 class MainLoop;
 class Tracker;
 
+/// Why nothing can be counted on this desktop.
+struct DesktopProblem {
+    QString text; ///< one sentence; empty when nothing stands in the way
+    /// What the person can do about it by a click; null when nothing.
+    std::function<void()> solve;
+};
+
 /// What the panel is given. All that is referred to outlives it.
 struct PanelSurroundings {
     Tracker& tracker;
@@ -19,9 +26,7 @@ struct PanelSurroundings {
     MainLoop& mainLoop;
     std::function<void()> openSettings;
     std::function<void()> quit;
-    /// Why nothing can be counted on this desktop, in one sentence; empty when nothing stands in
-    /// the way.
-    std::function<QString()> desktopProblem;
+    std::function<DesktopProblem()> desktopProblem;
 };
 
 } // namespace orvanta

@@ -2,11 +2,14 @@
 
 #include "Model/Activity.h"
 #include "Model/DurationText.h"
+#include "Platform/Appearance.h"
 #include "Tracking/Tracker.h"
 #include "Views/ActivityRows.h"
 #include "Views/Column.h"
+#include "Views/GridButton.h"
 #include "Views/HistoryGrid.h"
 #include "Views/MetricBand.h"
+#include "Views/Palette.h"
 #include "Views/PanelFooter.h"
 #include "Views/PanelGeometry.h"
 #include "Views/Text/HistoryText.h"
@@ -16,6 +19,7 @@
 
 #include <QContextMenuEvent>
 #include <QMenu>
+#include <QPainter>
 #include <QPointer>
 
 #include <optional>
@@ -26,6 +30,23 @@ namespace orvanta {
 namespace {
 
 constexpr int historyLength = 13; // Weeks.
+
+/// Over the rows, where others have the panel behind them.
+class PermitButton final : public GridButton {
+public:
+    PermitButton(const Appearance& appearance, QWidget* parent)
+        : GridButton(appearance, QSize(panelWidth, rowHeight), Qt::TopEdge, parent) {
+        setLabel({.text = QStringLiteral("PERMITIR")});
+        setTitles({}, QStringLiteral("Permitir"));
+        move(0, contentHeight - rowHeight);
+    }
+
+protected:
+    void paintEvent(QPaintEvent* event) override {
+        QPainter(this).fillRect(rect(), Palette(appearance().colorScheme()).background);
+        GridButton::paintEvent(event);
+    }
+};
 
 } // namespace
 
@@ -43,7 +64,8 @@ PanelView::PanelView(const PanelSurroundings& surroundings, QWidget* parent)
                              .above = smallestGap,
                              .below = smallestGap,
                              .isFilled = true},
-                            panelWidth, content_)) {
+                            panelWidth, content_))
+    , permit_(new PermitButton(surroundings.appearance, content_)) {
     setFixedSize(panelWidth, panelHeight);
     content_->setFixedSize(panelWidth, contentHeight);
     content_->installEventFilter(this);
@@ -63,6 +85,11 @@ PanelView::PanelView(const PanelSurroundings& surroundings, QWidget* parent)
     connect(footer_, &PanelFooter::pauseRequested, &tracker, &Tracker::togglePause);
     connect(footer_, &PanelFooter::resetRequested, this, &PanelView::askToReset);
     connect(footer_, &PanelFooter::quitRequested, this, surroundings_.quit);
+    connect(permit_, &GridButton::clicked, this, [this] {
+        if (const DesktopProblem problem = surroundings_.desktopProblem(); problem.solve) {
+            problem.solve();
+        }
+    });
     for (const auto signal :
          {&Tracker::activitiesChanged, &Tracker::showAllActivitiesChanged, &Tracker::pausedChanged,
           &Tracker::activeKeyChanged, &Tracker::revisionChanged, &Tracker::browserStatusChanged,
@@ -99,6 +126,7 @@ void PanelView::showListing() {
         former->deleteLater();
     }
     banner_->raise();
+    permit_->raise();
     title_->setListing(listing_.listing());
     refresh();
 }
@@ -149,19 +177,21 @@ void PanelView::showTotals() {
 
 void PanelView::showBanner() {
     const Tracker& tracker = surroundings_.tracker;
-    QString text;
+    DesktopProblem problem;
     if (tracker.storageError()) {
-        text = *tracker.storageError();
-    } else if (text = surroundings_.desktopProblem(); text.isEmpty()) {
-        text = tracker.browserStatus();
+        problem.text = *tracker.storageError();
+    } else if (problem = surroundings_.desktopProblem(); problem.text.isEmpty()) {
+        problem.text = tracker.browserStatus();
     }
     const bool isShown =
-        !text.isEmpty() && !isStopAsked_ && listing_.listing() == Listing::activities;
+        !problem.text.isEmpty() && !isStopAsked_ && listing_.listing() == Listing::activities;
+    const bool isSolvable = isShown && problem.solve;
     if (isShown) {
-        banner_->setText(text);
-        banner_->move(0, contentHeight - banner_->height());
+        banner_->setText(problem.text);
+        banner_->move(0, contentHeight - banner_->height() - (isSolvable ? rowHeight : 0));
     }
     banner_->setVisible(isShown);
+    permit_->setVisible(isSolvable);
 }
 
 void PanelView::askToReset() {

@@ -12,6 +12,7 @@ namespace orvanta {
 
 class Activity;
 class ActivityRows;
+class GridButton;
 class HistoryGrid;
 class MetricBand;
 class PanelFooter;
@@ -52,6 +53,7 @@ private:
     ActivityRows* list_ = nullptr;
     HistoryGrid* history_ = nullptr;
     TextBlock* banner_;
+    GridButton* permit_; ///< below the banner when what it says can be solved
     bool isStopAsked_ = false;
 };
 

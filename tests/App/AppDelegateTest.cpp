@@ -6,6 +6,7 @@
 #include "Model/Sqlite.h"
 #include "Views/PanelRoot.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QFile>
 #include <QMessageBox>
@@ -359,10 +360,58 @@ TEST_F(AppDelegateTest, ADesktopThatTellsNothingOrGoesIsTold) {
     ASSERT_EQ(messages.size(), 1U);
     EXPECT_TRUE(messages[0]->text().contains(u"não informa qual aplicativo"_s));
     messages[0]->close();
+    for (const WindowWatching state : {WindowWatching::Waiting, WindowWatching::Unsupported}) {
+        desktop.watching = state; // A resume.
+        Q_EMIT desktop.windowWatchingChanged();
+    }
+    EXPECT_TRUE(shown<QMessageBox>().empty());
     desktop.watching = WindowWatching::Ended;
     Q_EMIT desktop.windowWatchingChanged();
     EXPECT_EQ(terminations, 1);
     EXPECT_TRUE(shown<QMessageBox>().empty());
+}
+
+TEST_F(AppDelegateTest, WhatADesktopNeedsToTellIsAskedForAndCanBeAllowedLater) {
+    desktop.watching = WindowWatching::NeedsPermission;
+    ASSERT_TRUE(launch());
+    const auto message = [] {
+        const auto messages = shown<QMessageBox>();
+        return messages.size() == 1 ? messages[0]->text() : QString::number(messages.size());
+    };
+    const auto press = [](int button) {
+        shown<QMessageBox>().at(0)->buttons().at(button)->click();
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    };
+    EXPECT_TRUE(message().contains(u"por uma extensão"_s));
+    press(1); // Not now.
+    EXPECT_EQ(message(), u"0"_s);
+
+    delegate->togglePopover(std::nullopt);
+    for (auto* const button : panel()->findChildren<QAbstractButton*>()) {
+        if (button->accessibleName() == u"Permitir"_s) {
+            EXPECT_TRUE(button->isVisible());
+            button->click();
+        }
+    }
+    EXPECT_EQ(popover(), nullptr);
+    desktop.allow = [] {
+        return u"/home: Sem espaço"_s;
+    };
+    press(0);
+    EXPECT_EQ(message(), u"Não foi possível instalar a extensão."_s);
+    EXPECT_EQ(shown<QMessageBox>().at(0)->informativeText(), u"/home: Sem espaço"_s);
+
+    delegate->applicationShouldHandleReopen();
+    desktop.allow = [this] {
+        desktop.watching = WindowWatching::NeedsLogin;
+        Q_EMIT desktop.windowWatchingChanged();
+        return std::nullopt;
+    };
+    press(0);
+    EXPECT_TRUE(message().contains(u"Saia da sessão e entre de novo"_s));
+    desktop.watching = WindowWatching::Watching;
+    Q_EMIT desktop.windowWatchingChanged();
+    EXPECT_EQ(message(), u"0"_s);
 }
 
 } // namespace

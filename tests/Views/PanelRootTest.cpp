@@ -23,7 +23,7 @@ TEST(PanelRootTest, TheSetupGivesWayToThePanelAtOnce) {
     FakeAppearance appearance;
     PanelRoot root(*setup, {*world.tracker, world.calendar, appearance, world.loop, [] {}, [] {},
                             [] {
-                                return QString();
+                                return DesktopProblem();
                             }});
     root.show();
     EXPECT_EQ(root.size(), QSize(320, 352));
@@ -47,7 +47,7 @@ TEST(PanelRootTest, FollowsTheAppearanceWhileOpen) {
     FakeAppearance appearance;
     PanelRoot root(*setup, {*world.tracker, world.calendar, appearance, world.loop, [] {}, [] {},
                             [] {
-                                return QString();
+                                return DesktopProblem();
                             }});
     root.show();
     QApplication::processEvents();

@@ -37,7 +37,7 @@ public:
 
     World world;
     FakeAppearance appearance;
-    QString problem;
+    DesktopProblem problem;
     int settings = 0;
     int quits = 0;
 

@@ -183,7 +183,7 @@ TEST(PanelViewTest, ASecondPaintsOnlyWhatItChanges) {
 
 TEST(PanelViewTest, StoppingIsAskedInsideThePanel) {
     PanelStage stage({{"Editor", production, 90}, {"Jogo", consumption, 80}});
-    stage.problem = QStringLiteral("Nada é contado.");
+    stage.problem.text = QStringLiteral("Nada é contado.");
     stage.open();
     EXPECT_TRUE(stage.shows("Text Nada é contado."));
     GridButton& stop = stage.button("Parar de monitorar Editor");
@@ -289,9 +289,18 @@ TEST(PanelViewTest, NamesTheGravestProblem) {
     EXPECT_EQ(banner(), stage.tracker().browserStatus());
     EXPECT_NE(banner(), QString());
 
-    stage.problem = QStringLiteral("Nada é contado.");
+    stage.problem.text = QStringLiteral("Nada é contado.");
     stage.world.pass(1);
-    EXPECT_EQ(banner(), stage.problem);
+    EXPECT_EQ(banner(), stage.problem.text);
+    EXPECT_FALSE(stage.shows("Button Permitir"));
+    int solved = 0;
+    stage.problem.solve = [&solved] {
+        ++solved;
+    };
+    stage.world.pass(1);
+    EXPECT_EQ(banner(), stage.problem.text);
+    stage.click("Permitir");
+    EXPECT_EQ(solved, 1);
 
     Database other(stage.world.storePath());
     other.execute("BEGIN IMMEDIATE");
@@ -299,6 +308,7 @@ TEST(PanelViewTest, NamesTheGravestProblem) {
     stage.world.pass(6);
     ASSERT_TRUE(stage.tracker().storageError());
     EXPECT_EQ(banner(), *stage.tracker().storageError());
+    EXPECT_FALSE(stage.shows("Button Permitir"));
     stage.click("Histórico por dia");
     EXPECT_EQ(banner(), QString());
 }
