@@ -293,6 +293,21 @@ TEST_F(PresenceTest, TheWordOfASaverThatDiedStandsUntilItsSuccessorSpeaks) {
     EXPECT_THAT(announced(), ElementsAre("unlocked")); // It answers, but not whether it is active.
 }
 
+TEST_F(PresenceTest, GnomesLockIsHeardWhetherOrNotItsScreenSaverServiceRuns) {
+    const auto& shell = serveSaver(u"org.gnome.Shell.ScreenShield"_s, false);
+    start();
+    turn(shell, gnome, true);
+    EXPECT_THAT(announced(), ElementsAre("locked"));
+    auto& service = serveSaver(gnome, true); // It passes on what the shell says.
+    settle();
+    turn(service, gnome, false);
+    settle();
+    loop.advance(2.0);
+    EXPECT_THAT(announced(), IsEmpty());
+    turn(shell, gnome, false);
+    EXPECT_THAT(announced(), ElementsAre("unlocked"));
+}
+
 TEST_F(PresenceTest, TheHintThatASaverLeftStandsUntilSomebodyIsAtWork) {
     const RunningApplication xterm{u"xterm"_s, {}, {}, {}};
     serveSaver(gnome, true);

@@ -1,26 +1,36 @@
 #include "Linux/Presence/ScreenSavers.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace orvanta {
 
 ScreenSavers::ScreenSavers(const QDBusConnection& sessionBus, MainLoop& mainLoop) {
     for (const char* desktop : {"freedesktop", "gnome", "cinnamon", "mate", "xfce"}) {
         const QString name = QStringLiteral("org.%1.ScreenSaver").arg(QLatin1String(desktop));
-        auto saver = std::make_unique<Saver>();
-        saver->service = std::make_unique<BusService>(sessionBus, name, mainLoop);
-        saver->interface = name;
         // KDE's and others' stand at the short one, too.
-        saver->paths = {QStringLiteral("/org/%1/ScreenSaver").arg(QLatin1String(desktop)),
-                        QStringLiteral("/ScreenSaver")};
-        Saver* const it = saver.get();
-        connect(it->service.get(), &BusService::appeared, this, [this, it] { greet(*it); });
-        connect(it->service.get(), &BusService::vanished, this,
-                [it] { it->vanishedActive |= it->active; });
-        connect(it->service.get(), &BusService::forgotten, this,
-                [this, it] { setActive(*it, false); });
-        savers_.push_back(std::move(saver));
+        add(std::make_unique<BusService>(sessionBus, name, mainLoop), name,
+            {QStringLiteral("/org/%1/ScreenSaver").arg(QLatin1String(desktop)),
+             QStringLiteral("/ScreenSaver")});
     }
+    // The above is only there for GNOME once somebody has asked for it; this is the shell itself.
+    add(std::make_unique<BusService>(sessionBus, QStringLiteral("org.gnome.Shell.ScreenShield"),
+                                     mainLoop),
+        QStringLiteral("org.gnome.ScreenSaver"), {QStringLiteral("/org/gnome/ScreenSaver")});
+}
+
+void ScreenSavers::add(std::unique_ptr<BusService> service, const QString& interface,
+                       std::vector<QString> paths) {
+    auto saver = std::make_unique<Saver>();
+    saver->service = std::move(service);
+    saver->interface = interface;
+    saver->paths = std::move(paths);
+    Saver* const it = saver.get();
+    connect(it->service.get(), &BusService::appeared, this, [this, it] { greet(*it); });
+    connect(it->service.get(), &BusService::vanished, this,
+            [it] { it->vanishedActive |= it->active; });
+    connect(it->service.get(), &BusService::forgotten, this, [this, it] { setActive(*it, false); });
+    savers_.push_back(std::move(saver));
 }
 
 void ScreenSavers::start() {

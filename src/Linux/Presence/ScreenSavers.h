@@ -38,6 +38,8 @@ private:
         bool vanishedActive = false; ///< the service died when active, and has not come back
     };
 
+    void add(std::unique_ptr<BusService> service, const QString& interface,
+             std::vector<QString> paths);
     void greet(Saver& saver);
     void ask(Saver& saver, size_t path);
     void setActive(Saver& saver, bool active);
