@@ -1,0 +1,81 @@
+"""On GNOME Shell: what test_sway sees on sway, GNOME's lock, and how the extension that tells which
+window has the focus gets there."""
+
+import os
+import pathlib
+import time
+
+import case
+import desktop
+import gnome
+import test_sway
+from test_sway import FOOT
+
+EXTENSION = pathlib.Path(os.environ["ORVANTA_EXECUTABLE"]).parent / "gnome" / "42"
+
+
+class Gnome(test_sway.Sway):
+    def make_desktop(self):
+        return gnome.GnomeDesktop(time_zone=desktop.zone_far_from_midnight(), extension=EXTENSION)
+
+    def test_nothing_counts_behind_a_locker_or_without_a_window(self):
+        place = self.desktop
+        terminal = place.launch_terminal()
+        self.orvanta.start()
+        self.wait_to_count(FOOT)
+        for leave, come_back in (
+                (place.lock, place.unlock),
+                (lambda: place.switch_displays(False), lambda: place.switch_displays(True)),
+                (lambda: place.minimize(terminal), lambda: place.activate(terminal))):
+            leave()
+            time.sleep(2)  # Until what was before has been booked.
+            before = self.store.session_seconds()
+            time.sleep(6)
+            self.assertEqual(self.store.session_seconds(), before)
+            come_back()
+            self.wait_to_count(FOOT)
+
+
+class Agreement(case.SystemTest):
+    prefer = test_sway.Sway.prefer
+    wait_to_count = test_sway.Sway.wait_to_count
+
+    def make_desktop(self):
+        return gnome.GnomeDesktop(time_zone=desktop.zone_far_from_midnight())
+
+    def wait_for_window_beside(self, *others):
+        window = desktop.wait_until(lambda: set(self.desktop.windows()) - set(others),
+                                    "a window").pop()
+        desktop.wait_until(lambda: self.desktop.focused() == window, "the keyboard in it")
+        return window
+
+    def test_it_counts_from_the_login_after_the_agreement_on(self):
+        place = self.desktop
+        installed = place.extensions / gnome.EXTENSION
+        script = installed / "extension.js"
+        shipped = (EXTENSION / "extension.js").read_text()
+        self.prefer("", setupDoneV1=True)
+        terminal = place.launch_terminal()
+        self.orvanta.start()
+        question = self.wait_for_window_beside(terminal)
+        self.assertFalse(installed.exists())
+        place.press("Return")  # "Permitir".
+        answer = self.wait_for_window_beside(terminal, question)  # A new login is needed.
+        self.assertEqual(script.read_text(), shipped)
+        self.assertIn(gnome.EXTENSION, place.enabled_extensions())
+        place.press("Return")
+        desktop.wait_until(lambda: answer not in place.windows(), "the end of the answer")
+        place.activate(terminal)
+        time.sleep(6)
+        self.assertEqual(self.store.total(), 0)
+
+        place.kill_server()
+        place.restart_server()
+        place.launch_terminal()
+        self.wait_to_count(FOOT)
+        self.ask_to_end()
+
+        # At the next start, what another version left there is replaced.
+        script.write_text("// Of another version.")
+        self.orvanta.start()
+        desktop.wait_until(lambda: script.read_text() == shipped, "its renewal")
