@@ -42,10 +42,7 @@ void alert(const QString& message, const QString& informativeText) {
 
 int main(int argc, char* argv[]) {
     const bool isBack = orvanta::CompositorLoss::isBehind(argc, argv);
-    if (isBack) {
-        orvanta::CompositorLoss::waitFor(orvanta::hasDisplay);
-    }
-    if (!orvanta::hasDisplay()) {
+    if (isBack ? !orvanta::CompositorLoss::waitForCompositor() : !orvanta::hasDisplay()) {
         std::fputs("O orvanta precisa de um ambiente gráfico em execução.\n", stderr);
         return EXIT_FAILURE;
     }

@@ -3,7 +3,6 @@
 #include <QGuiApplication>
 #include <QtGlobal>
 
-#include <wayland-client-core.h>
 #include <xcb/xcb.h>
 
 #include <cstdlib>
@@ -11,14 +10,8 @@
 namespace orvanta {
 
 bool hasDisplay() {
-    if (!qEnvironmentVariableIsEmpty("WAYLAND_SOCKET")) {
-        return true; // Already connected, for the first to ask.
-    }
     if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
-        if (wl_display* display = wl_display_connect(nullptr)) {
-            wl_display_disconnect(display);
-            return true;
-        }
+        return true; // To ask the compositor costs some of them more than half a second.
     }
     xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
     const bool connected = xcb_connection_has_error(connection) == 0;

@@ -7,9 +7,8 @@
 #include "Linux/SystemClock.h"
 #include "Linux/Windows/ChosenWindowWatcher.h"
 #include "Linux/Windows/GnomeWindowWatcher.h"
-#include "Linux/Windows/KWinWindowWatcher.h"
+#include "Linux/Windows/ListedWindowWatcher.h"
 #include "Linux/Windows/SwayWindowWatcher.h"
-#include "Linux/Windows/WlrWindowWatcher.h"
 #include "Linux/Windows/X11MouseMonitor.h"
 #include "Linux/Windows/X11Screens.h"
 #include "Linux/Windows/X11WindowWatcher.h"
@@ -61,14 +60,14 @@ std::unique_ptr<WindowWatcher> makeWindowWatcher(MainLoop& mainLoop) {
     }
     const QByteArray display = qgetenv("WAYLAND_DISPLAY");
     std::vector<ChosenWindowWatcher::Candidate> candidates;
-    candidates.emplace_back(
-        [display] { return std::make_unique<SwayWindowWatcher>(qgetenv("SWAYSOCK"), display); });
-    candidates.emplace_back([display] { return std::make_unique<WlrWindowWatcher>(display); });
+    if (const QByteArray sway = qgetenv("SWAYSOCK"); !sway.isEmpty()) {
+        candidates.emplace_back([=] { return std::make_unique<SwayWindowWatcher>(sway, display); });
+    }
+    candidates.emplace_back([=] { return std::make_unique<ListedWindowWatcher>(display); });
     candidates.emplace_back([&mainLoop] {
         return std::make_unique<GnomeWindowWatcher>(QDBusConnection::sessionBus(), mainLoop,
                                                     gnomeExtension());
     });
-    candidates.emplace_back([display] { return std::make_unique<KWinWindowWatcher>(display); });
     return std::make_unique<ChosenWindowWatcher>(std::move(candidates), mainLoop);
 }
 

@@ -7,6 +7,7 @@
 #include <QThread>
 
 #include <unistd.h>
+#include <wayland-client-core.h>
 
 #include <array>
 #include <chrono>
@@ -70,11 +71,16 @@ bool CompositorLoss::isBehind(int argc, char* const argv[]) {
     return argc == 2 && std::strcmp(argv[1], startedAnew) == 0;
 }
 
-void CompositorLoss::waitFor(bool (*hasDisplay)()) {
+bool CompositorLoss::waitForCompositor() {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(patience);
-    while (!hasDisplay() && std::chrono::steady_clock::now() < deadline) {
+    while (std::chrono::steady_clock::now() < deadline) {
+        if (wl_display* display = wl_display_connect(nullptr)) {
+            wl_display_disconnect(display);
+            return true;
+        }
         std::this_thread::sleep_for(betweenAttempts);
     }
+    return false;
 }
 
 CompositorLoss::CompositorLoss(std::function<void()> saveFirst) {

@@ -17,8 +17,9 @@ public:
     /// Whether these are the arguments of a program that was started anew.
     static bool isBehind(int argc, char* const argv[]);
 
-    /// Waits, for `patience` at most, until `hasDisplay`.
-    static void waitFor(bool (*hasDisplay)());
+    /// Waits, for `patience` at most, until a compositor listens where $WAYLAND_DISPLAY says.
+    /// Whether it does.
+    static bool waitForCompositor();
 
     /// `save` is called on the main thread. Where the connection is lost within five seconds, as by
     /// a fault of ours, the process ends after it.

@@ -17,9 +17,12 @@ void ChosenWindowWatcher::chooseAgain() {
     }
     asked_.clear();
     isPatient_ = true;
-    timer_ = mainLoop_.once(patience, [this] {
-        isPatient_ = false;
-        consider();
+    // From when answers can be heard: a start may take long.
+    timer_ = mainLoop_.once(MainLoop::Duration::zero(), [this] {
+        timer_ = mainLoop_.once(patience, [this] {
+            isPatient_ = false;
+            consider();
+        });
     });
     for (const Candidate& candidate : candidates_) {
         const auto& watcher = asked_.emplace_back(candidate());

@@ -1,5 +1,8 @@
 #include "Linux/Windows/ListedWindowWatcher.h"
 
+#include "Linux/Windows/KWinWindowList.h"
+#include "Linux/Windows/WlrWindowList.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <string_view>
@@ -25,8 +28,17 @@ ListedWindowWatcher::ListedWindowWatcher(const QByteArray& display)
     connect(&connection_, &WaylandConnection::ended, this, [this] { end(State::Ended); });
 }
 
+ListedWindowWatcher::~ListedWindowWatcher() = default;
+
+void ListedWindowWatcher::start() {
+    list_ = WlrWindowList::open(connection_, *this);
+    if (!list_) {
+        list_ = KWinWindowList::open(connection_, *this);
+    }
+    setState(list_ ? State::Watching : State::Unsupported);
+}
+
 void ListedWindowWatcher::add(std::unique_ptr<Listed> listed) {
-    listed->watcher = this;
     listed->window.id = ++lastId_;
     windows_.push_back(std::move(listed));
 }

@@ -11,12 +11,19 @@
 
 namespace orvanta {
 
-/// The active window of a Wayland compositor that lists its windows for task bars, whatever the
-/// protocol of the list.
-class ListedWindowWatcher : public WindowWatcher {
+/// The active window of a Wayland compositor that lists its windows for task bars, by whichever of
+/// the protocols for that it speaks.
+class ListedWindowWatcher final : public WindowWatcher {
     Q_OBJECT
 
-protected:
+public:
+    /// `display` as in $WAYLAND_DISPLAY. Waiting until the compositor has told what it offers;
+    /// Unsupported where nobody listens or no list is offered.
+    explicit ListedWindowWatcher(const QByteArray& display);
+    ~ListedWindowWatcher() override;
+    ListedWindowWatcher(const ListedWindowWatcher&) = delete;
+    ListedWindowWatcher& operator=(const ListedWindowWatcher&) = delete;
+
     /// One on the list, of which its protocol's proxy is a part.
     struct Listed {
         Listed() = default;
@@ -24,34 +31,35 @@ protected:
         Listed(const Listed&) = delete;
         Listed& operator=(const Listed&) = delete;
 
-        ListedWindowWatcher* watcher = nullptr;
         Window window;
         bool isActive = false;
     };
+    /// A protocol's side: tells the watcher as long as it lives.
+    class List {
+    public:
+        List() = default;
+        virtual ~List() = default;
+        List(const List&) = delete;
+        List& operator=(const List&) = delete;
+    };
 
-    /// `display` as in $WAYLAND_DISPLAY. Waiting until the compositor has told what it offers;
-    /// Unsupported where nobody listens.
-    explicit ListedWindowWatcher(const QByteArray& display);
-
-    /// Once what the compositor offers is known: takes the list and is Watching, or has none to
-    /// take and is Unsupported.
-    virtual void start() = 0;
-
-    WaylandConnection& connection() { return connection_; }
-    /// Gives it its number.
+    /// For the list. A window that is added is given its number.
     void add(std::unique_ptr<Listed> listed);
     void setActive(Listed& listed, bool isActive);
     void remove(const Listed& listed);
-    /// From here on there is no list.
-    void end(State state);
+    /// There is no list from here on.
+    void withdraw() { end(State::Unsupported); }
 
     /// As it was told; empty when it is so long that it is garbage.
     static QString boundedName(const char* name);
 
 private:
+    void start();
     void publish();
+    void end(State state);
 
     WaylandConnection connection_;
+    std::unique_ptr<List> list_;
     /// The one that came to the front last stands at the end: before a window is told to be
     /// inactive the next one may be told to be active.
     std::vector<std::unique_ptr<Listed>> windows_;

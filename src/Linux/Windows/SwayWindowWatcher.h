@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Linux/Windows/ListedWindowWatcher.h"
 #include "Linux/Windows/SwayConnection.h"
-#include "Linux/Windows/WlrWindowWatcher.h"
 
 namespace orvanta {
 
@@ -21,7 +21,7 @@ private:
     void receive(std::uint32_t type, const QByteArray& text);
     void end();
 
-    WlrWindowWatcher windows_;
+    ListedWindowWatcher windows_;
     SwayConnection connection_;
     bool isReading_ = false; ///< the tree was asked for and has not come
     bool isStale_ = false;   ///< the tree that comes next is older than the last change

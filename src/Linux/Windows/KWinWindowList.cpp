@@ -1,4 +1,4 @@
-#include "Linux/Windows/KWinWindowWatcher.h"
+#include "Linux/Windows/KWinWindowList.h"
 
 #include "plasma-window-management.h"
 
@@ -20,67 +20,66 @@ constexpr uint32_t knownVersion = 16;
 
 } // namespace
 
-struct KWinWindowWatcher::PlasmaWindow final : Listed {
+struct KWinWindowList::PlasmaWindow final : ListedWindowWatcher::Listed {
+    PlasmaWindow(ListedWindowWatcher& itsWatcher, Handle* itsHandle)
+        : watcher(itsWatcher)
+        , handle(itsHandle) {}
     ~PlasmaWindow() override { org_kde_plasma_window_destroy(handle); }
 
-    Handle* handle = nullptr;
+    ListedWindowWatcher& watcher;
+    Handle* handle;
 };
 
-KWinWindowWatcher::KWinWindowWatcher(const QByteArray& display)
-    : ListedWindowWatcher(display) {}
-
-KWinWindowWatcher::~KWinWindowWatcher() {
-    if (manager_ != nullptr) {
-        org_kde_plasma_window_management_destroy(manager_);
-    }
+std::unique_ptr<KWinWindowList> KWinWindowList::open(WaylandConnection& connection,
+                                                     ListedWindowWatcher& watcher) {
+    auto* const manager = connection.bind<Manager>(org_kde_plasma_window_management_interface,
+                                                   lowestVersion, knownVersion);
+    return std::unique_ptr<KWinWindowList>(manager != nullptr ? new KWinWindowList(manager, watcher)
+                                                              : nullptr);
 }
 
-void KWinWindowWatcher::start() {
+KWinWindowList::KWinWindowList(Manager* manager, ListedWindowWatcher& watcher)
+    : manager_(manager)
+    , watcher_(watcher) {
     static constexpr org_kde_plasma_window_management_listener listener{
         .show_desktop_changed = [](void*, Manager*, uint32_t) {},
         .window =
-            [](void* self, Manager* manager, uint32_t id) {
-                static_cast<KWinWindowWatcher*>(self)->add(
-                    org_kde_plasma_window_management_get_window(manager, id));
+            [](void* self, Manager* list, uint32_t id) {
+                static_cast<KWinWindowList*>(self)->add(
+                    org_kde_plasma_window_management_get_window(list, id));
             },
         .stacking_order_changed = [](void*, Manager*, wl_array*) {},
         .stacking_order_uuid_changed = [](void*, Manager*, const char*) {},
         .window_with_uuid =
-            [](void* self, Manager* manager, uint32_t, const char* uuid) {
-                static_cast<KWinWindowWatcher*>(self)->add(
-                    org_kde_plasma_window_management_get_window_by_uuid(manager, uuid));
+            [](void* self, Manager* list, uint32_t, const char* uuid) {
+                static_cast<KWinWindowList*>(self)->add(
+                    org_kde_plasma_window_management_get_window_by_uuid(list, uuid));
             }};
-    manager_ = connection().bind<Manager>(org_kde_plasma_window_management_interface, lowestVersion,
-                                          knownVersion);
-    if (manager_ == nullptr) {
-        setState(State::Unsupported);
-        return;
-    }
     org_kde_plasma_window_management_add_listener(manager_, &listener, this);
-    setState(State::Watching);
 }
 
-void KWinWindowWatcher::add(Handle* handle) {
+KWinWindowList::~KWinWindowList() {
+    org_kde_plasma_window_management_destroy(manager_);
+}
+
+void KWinWindowList::add(Handle* handle) {
     static constexpr auto windowOf = [](void* data) -> PlasmaWindow& {
         return *static_cast<PlasmaWindow*>(data);
-    };
-    static constexpr auto watcherOf = [](void* data) -> KWinWindowWatcher& {
-        return static_cast<KWinWindowWatcher&>(*windowOf(data).watcher);
     };
     static constexpr org_kde_plasma_window_listener listener{
         .title_changed = [](void*, Handle*, const char*) {},
         .app_id_changed =
             [](void* data, Handle*, const char* name) {
-                windowOf(data).window.wmClass = boundedName(name);
+                windowOf(data).window.wmClass = ListedWindowWatcher::boundedName(name);
             },
         .state_changed =
             [](void* data, Handle*, uint32_t flags) {
-                watcherOf(data).setActive(
+                windowOf(data).watcher.setActive(
                     windowOf(data), (flags & ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_ACTIVE) != 0);
             },
         .virtual_desktop_changed = [](void*, Handle*, int32_t) {},
         .themed_icon_name_changed = [](void*, Handle*, const char*) {},
-        .unmapped = [](void* data, Handle*) { watcherOf(data).remove(windowOf(data)); },
+        .unmapped = [](void* data, Handle*) { windowOf(data).watcher.remove(windowOf(data)); },
         .initial_state = [](void*, Handle*) {},
         .parent_window = [](void*, Handle*, Handle*) {},
         .geometry = [](void*, Handle*, int32_t, int32_t, uint32_t, uint32_t) {},
@@ -97,12 +96,11 @@ void KWinWindowWatcher::add(Handle* handle) {
         .activity_left = [](void*, Handle*, const char*) {},
         .resource_name_changed =
             [](void* data, Handle*, const char* name) {
-                windowOf(data).window.wmInstance = boundedName(name);
+                windowOf(data).window.wmInstance = ListedWindowWatcher::boundedName(name);
             }};
-    auto window = std::make_unique<PlasmaWindow>();
-    window->handle = handle;
+    auto window = std::make_unique<PlasmaWindow>(watcher_, handle);
     org_kde_plasma_window_add_listener(handle, &listener, window.get());
-    ListedWindowWatcher::add(std::move(window));
+    watcher_.add(std::move(window));
 }
 
 } // namespace orvanta

@@ -1,4 +1,4 @@
-#include "Linux/Windows/WlrWindowWatcher.h"
+#include "Linux/Windows/ListedWindowWatcher.h"
 
 #include "Eventually.h"
 #include "Fakes/QtPrinters.h"
@@ -15,7 +15,7 @@ using State = WindowWatcher::State;
 
 namespace {
 
-class WlrWindowWatcherTest : public testing::Test {
+class ListedWindowWatcherTest : public testing::Test {
 protected:
     void watch() {
         bar.awaitAnother();
@@ -35,10 +35,10 @@ protected:
 
     Compositor compositor;
     TaskBar bar{compositor};
-    std::optional<WlrWindowWatcher> watcher;
+    std::optional<ListedWindowWatcher> watcher;
 };
 
-TEST_F(WlrWindowWatcherTest, TheWindowThatWasActivatedLastCounts) {
+TEST_F(ListedWindowWatcherTest, TheWindowThatWasActivatedLastCounts) {
     watch();
     wl_resource* editor = bar.add("editor", true);
     ASSERT_TRUE(becomes(u"editor"_s));
@@ -76,7 +76,7 @@ TEST_F(WlrWindowWatcherTest, TheWindowThatWasActivatedLastCounts) {
                                            u"correio"_s, u"none"_s));
 }
 
-TEST_F(WlrWindowWatcherTest, HostileNamesDoNoHarm) {
+TEST_F(ListedWindowWatcherTest, HostileNamesDoNoHarm) {
     watch();
     bar.add("", true);
     ASSERT_TRUE(becomes(QString()));
@@ -86,7 +86,7 @@ TEST_F(WlrWindowWatcherTest, HostileNamesDoNoHarm) {
     ASSERT_TRUE(becomes(QString()));
 }
 
-TEST_F(WlrWindowWatcherTest, AListThatIsWithdrawnOrACompositorThatGoesIsNoWindow) {
+TEST_F(ListedWindowWatcherTest, AListThatIsWithdrawnOrACompositorThatGoesIsNoWindow) {
     watch();
     bar.add("editor", true);
     ASSERT_TRUE(becomes(u"editor"_s));
@@ -109,11 +109,11 @@ TEST_F(WlrWindowWatcherTest, AListThatIsWithdrawnOrACompositorThatGoesIsNoWindow
     ASSERT_TRUE(becomes(State::Ended));
 }
 
-TEST(WlrWindowWatcherAloneTest, WhereNoListIsOfferedItIsUnsupported) {
-    WlrWindowWatcher nobody("/nonexistent/wayland-0");
+TEST(ListedWindowWatcherAloneTest, WhereNoListIsOfferedItIsUnsupported) {
+    ListedWindowWatcher nobody("/nonexistent/wayland-0");
     EXPECT_EQ(nobody.state(), State::Unsupported);
     Compositor compositor;
-    WlrWindowWatcher watcher(compositor.name());
+    ListedWindowWatcher watcher(compositor.name());
     EXPECT_EQ(watcher.state(), State::Waiting);
     EXPECT_TRUE(eventually([&] { return watcher.state() == State::Unsupported; }));
 }
