@@ -1,37 +1,121 @@
 """A virtual Wayland desktop under KWin, with what desktop.Desktop has besides.
 
-Needs kwin-wayland, kde-cli-tools, xwayland and foot.
+Needs kwin-wayland, libkf5service-bin, xwayland and xterm.
 """
 
-import pathlib
+import re
 import shutil
+import stat
 import time
 
 import desktop
 
-_SOCKET = "wayland-kwin"
+_RUNNER = ("org.kde.KWin", "/WindowsRunner")
+_SCRIPTING = ("org.kde.KWin", "/Scripting")
+
+# KWin tells its log which process has which window, and which has the focus.
+_SPY = """
+function tellOwner(window) { print("OWNER " + window.internalId + " " + window.pid); }
+function tellFocus(window) { print("FOCUS " + (window ? window.internalId : "none")); }
+workspace.clientAdded.connect(tellOwner);
+workspace.clientActivated.connect(tellFocus);
+tellFocus(workspace.activeClient);
+"""
 
 
 class KWinDesktop(desktop.Desktop):
+    """Windows are named by their UUIDs in KWin."""
+
+    def __init__(self, time_zone=None, entry=None):
+        """`entry`: the text of a desktop entry that was installed at an earlier time."""
+        super().__init__(time_zone)
+        self._entry = entry
+
     def _start_server(self):
-        """Waits for the bus, which KWin needs."""
+        """The bus comes first: start_window_manager() starts KWin."""
+        self.environment |= {"XDG_SESSION_TYPE": "wayland", "XDG_CURRENT_DESKTOP": "KDE",
+                             "WAYLAND_DISPLAY": "wayland-kwin"}
 
     def start_window_manager(self):
-        # The original carries a file capability, which a process without it may not execute.
-        program = self.folder / "kwin_wayland"
-        shutil.copyfile("/usr/bin/kwin_wayland", program)
-        program.chmod(0o755)
-        self.environment |= {"XDG_SESSION_TYPE": "wayland", "XDG_CURRENT_DESKTOP": "KDE",
-                             "KDE_FULL_SESSION": "true", "KDE_SESSION_VERSION": "5"}
+        if self._entry:
+            folder = self.folder / "data" / "applications"
+            folder.mkdir()
+            (folder / f"{desktop.DOMAIN}.desktop").write_text(self._entry)
+        self.run("kbuildsycoca5", "--noincremental")
+        # The original carries a file capability, which not everybody may execute.
+        self._program = self.folder / "kwin_wayland"
+        shutil.copyfile("/usr/bin/kwin_wayland", self._program)
+        self._program.chmod(stat.S_IRWXU)
+        self._start_kwin()
+
+    def _start_kwin(self):
+        told = self.folder / "environment"
+        told.unlink(missing_ok=True)
+        application = self.folder / "tell-environment"
+        application.write_text(f'#!/bin/sh\nenv >{told}.new; mv {told}.new {told}\n')
+        application.chmod(stat.S_IRWXU)
         self.server = self.spawn(
-            [str(program), "--virtual", "--width", "1280", "--height", "800", "--no-lockscreen",
-             "--no-global-shortcuts", "--socket", _SOCKET],
-            environment=self.environment | {"QT_QPA_PLATFORM": ""})
-        desktop.wait_until(lambda: (pathlib.Path(self.environment["XDG_RUNTIME_DIR"]) / _SOCKET)
-                           .exists() or self.server.poll() is not None, "KWin", 30)
-        if self.server.poll() is not None:
-            raise desktop.DesktopError(f"KWin ended: {self.log('kwin_wayland')}")
-        self.environment["WAYLAND_DISPLAY"] = _SOCKET
+            [str(self._program), "--virtual", "--width", "1280", "--height", "800",
+             "--no-lockscreen", "--no-global-shortcuts", "--xwayland",
+             "--socket", self.environment["WAYLAND_DISPLAY"], str(application)],
+            environment=self.environment | {"QT_LOGGING_RULES": "*.debug=false;js*=true;"
+                                                                "kwin_scripting.debug=true"})
+
+        def is_up():
+            if self.server.poll() is not None:
+                raise desktop.DesktopError(f"KWin ended: {self.log('kwin_wayland')}")
+            return told.exists()
+
+        desktop.wait_until(is_up, "KWin")
+        for line in told.read_text().splitlines():
+            name, _, value = line.partition("=")
+            if name in ("DISPLAY", "XAUTHORITY"):
+                self.environment[name] = value
+        self._evaluate("spy", _SPY)
+        desktop.wait_until(lambda: self._told(r"FOCUS (\S+)"), "KWin's word on the focus")
+
+    def _evaluate(self, name, text):
+        script = self.folder / f"{name}.js"
+        script.write_text(text)
+        self.call(*_SCRIPTING, "org.kde.kwin.Scripting.loadScript", str(script), name)
+        self.call(*_SCRIPTING, "org.kde.kwin.Scripting.start")
+
+    def kill_server(self):
+        self.server.kill()
+        self.server.wait()
+        (self.folder / "log" / "kwin_wayland").write_text("")
+
+    def restart_server(self):
+        self._start_kwin()
 
     def _start_spy(self):
-        pass
+        """KWin's script is that."""
+
+    def _told(self, what):
+        return re.findall(f"^js: {what}$", self.log("kwin_wayland"), re.MULTILINE)
+
+    def windows(self):
+        return re.findall(r"'0_(\{[0-9a-f-]+\})'",
+                          self.call(*_RUNNER, "org.kde.krunner1.Match", "window"))
+
+    def windows_of(self, pid):
+        there = self.windows()
+        return [window for window in self._told(f"OWNER (\\S+) {pid}") if window in there]
+
+    def focused(self):
+        return self._told(r"FOCUS (\S+)")[-1]
+
+    def activate(self, window):
+        self.call(*_RUNNER, "org.kde.krunner1.Run", f"0_{window}", "")
+        desktop.wait_until(lambda: self.focused() == window, f"window {window} in front")
+        return time.monotonic()
+
+    def minimize(self, window):
+        self._evaluate(f"minimize-{time.monotonic_ns()}", f"""
+workspace.clientList().find(each => each.internalId == "{window}").minimized = true;
+""")
+        desktop.wait_until(lambda: self.focused() != window, f"window {window} minimized")
+
+    def launch_terminal(self):
+        """Of the X server that is KWin's guest."""
+        return self.launch_xterm()

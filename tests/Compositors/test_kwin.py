@@ -1,0 +1,39 @@
+"""On KWin: what test_sway sees on sway, with a terminal of the X server that is KWin's guest."""
+
+import os
+import pathlib
+import time
+
+import case
+import desktop
+import kwin
+import test_sway
+
+ENTRY = (pathlib.Path(__file__).resolve().parents[2] / "packaging"
+         / f"{desktop.DOMAIN}.desktop.in").read_text()
+
+
+class KWin(test_sway.Sway):
+    TERMINAL = case.XTERM
+
+    def make_desktop(self):
+        return kwin.KWinDesktop(
+            time_zone=desktop.zone_far_from_midnight(),
+            entry=ENTRY.replace("@exec@", os.path.abspath(os.environ["ORVANTA_EXECUTABLE"])))
+
+    def leave_panel_for(self, window):
+        """No keys can be pressed on a KWin without a display."""
+        self.desktop.activate(window)
+
+    def test_nothing_counts_behind_a_locker_or_without_a_window(self):
+        place = self.desktop
+        terminal = place.launch_terminal()
+        self.orvanta.start()
+        self.wait_to_count(self.TERMINAL)
+        place.minimize(terminal)
+        time.sleep(2)  # Until what was before it has been booked.
+        before = self.store.session_seconds()
+        time.sleep(6)
+        self.assertEqual(self.store.session_seconds(), before)
+        place.activate(terminal)
+        self.wait_to_count(self.TERMINAL)
