@@ -371,7 +371,7 @@ void AppDelegate::windowWatchingChanged() {
     } else if (state == WindowWatching::NeedsPermission) {
         askForWindowWatching();
     } else if (!text.isEmpty()) {
-        showWindowMessage(text, {});
+        windowMessage(text, {}).show();
     }
 }
 
@@ -388,21 +388,21 @@ DesktopProblem AppDelegate::desktopProblem() {
 }
 
 void AppDelegate::askForWindowWatching() {
-    QMessageBox& question = showWindowMessage(
+    QMessageBox& question = windowMessage(
         windowWatchingText(WindowWatching::NeedsPermission),
         QStringLiteral("A extensão diz ao orvanta apenas qual aplicativo está à frente: nunca "
                        "títulos nem conteúdos. Nada sai deste computador."));
-    question.setStandardButtons(QMessageBox::NoButton);
     const auto* permit = question.addButton(QStringLiteral("Permitir"), QMessageBox::AcceptRole);
     question.addButton(QStringLiteral("Agora não"), QMessageBox::RejectRole);
     connect(permit, &QPushButton::clicked, this, [this] {
         if (const auto problem = desktop_.allowWindowWatching()) {
-            showWindowMessage(QStringLiteral("Não foi possível instalar a extensão."), *problem);
+            windowMessage(QStringLiteral("Não foi possível instalar a extensão."), *problem).show();
         }
     });
+    question.show();
 }
 
-QMessageBox& AppDelegate::showWindowMessage(const QString& text, const QString& detail) {
+QMessageBox& AppDelegate::windowMessage(const QString& text, const QString& detail) {
     if (windowMessage_) {
         windowMessage_->close();
     }
@@ -410,7 +410,6 @@ QMessageBox& AppDelegate::showWindowMessage(const QString& text, const QString& 
     windowMessage_->setInformativeText(detail);
     windowMessage_->setAttribute(Qt::WA_DeleteOnClose);
     windowMessage_->setModal(false);
-    windowMessage_->show();
     return *windowMessage_;
 }
 

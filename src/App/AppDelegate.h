@@ -79,7 +79,8 @@ private:
     void windowWatchingChanged();
     DesktopProblem desktopProblem();
     void askForWindowWatching();
-    QMessageBox& showWindowMessage(const QString& text, const QString& detail);
+    /// In the place of the last one; to be shown once it has its buttons.
+    QMessageBox& windowMessage(const QString& text, const QString& detail);
     StatusTotals statusTotals() const;
     void updateStatus();
     std::vector<StatusMenuItem> statusMenu();

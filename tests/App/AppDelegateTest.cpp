@@ -378,12 +378,12 @@ TEST_F(AppDelegateTest, WhatADesktopNeedsToTellIsAskedForAndCanBeAllowedLater) {
         const auto messages = shown<QMessageBox>();
         return messages.size() == 1 ? messages[0]->text() : QString::number(messages.size());
     };
-    const auto press = [](int button) {
-        shown<QMessageBox>().at(0)->buttons().at(button)->click();
+    const auto permit = [] {
+        shown<QMessageBox>().at(0)->buttons().at(0)->click();
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     };
     EXPECT_TRUE(message().contains(u"por uma extensão"_s));
-    press(1); // Not now.
+    QTest::keyClick(shown<QMessageBox>().at(0), Qt::Key_Escape); // Not now.
     EXPECT_EQ(message(), u"0"_s);
 
     delegate->togglePopover(std::nullopt);
@@ -397,7 +397,7 @@ TEST_F(AppDelegateTest, WhatADesktopNeedsToTellIsAskedForAndCanBeAllowedLater) {
     desktop.allow = [] {
         return u"/home: Sem espaço"_s;
     };
-    press(0);
+    permit();
     EXPECT_EQ(message(), u"Não foi possível instalar a extensão."_s);
     EXPECT_EQ(shown<QMessageBox>().at(0)->informativeText(), u"/home: Sem espaço"_s);
 
@@ -407,7 +407,7 @@ TEST_F(AppDelegateTest, WhatADesktopNeedsToTellIsAskedForAndCanBeAllowedLater) {
         Q_EMIT desktop.windowWatchingChanged();
         return std::nullopt;
     };
-    press(0);
+    permit();
     EXPECT_TRUE(message().contains(u"Saia da sessão e entre de novo"_s));
     desktop.watching = WindowWatching::Watching;
     Q_EMIT desktop.windowWatchingChanged();
