@@ -383,7 +383,12 @@ TEST_F(AppDelegateTest, WhatADesktopNeedsToTellIsAskedForAndCanBeAllowedLater) {
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     };
     EXPECT_TRUE(message().contains(u"por uma extensão"_s));
-    QTest::keyClick(shown<QMessageBox>().at(0), Qt::Key_Escape); // Not now.
+    QString answer;
+    auto* const question = shown<QMessageBox>().at(0);
+    QObject::connect(question, &QMessageBox::buttonClicked,
+                     [&answer](const QAbstractButton* button) { answer = button->text(); });
+    QTest::keyClick(question, Qt::Key_Escape);
+    EXPECT_EQ(answer, u"Agora não"_s);
     EXPECT_EQ(message(), u"0"_s);
 
     delegate->togglePopover(std::nullopt);
