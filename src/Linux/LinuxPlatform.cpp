@@ -7,6 +7,7 @@
 #include "Linux/SystemClock.h"
 #include "Linux/Windows/ChosenWindowWatcher.h"
 #include "Linux/Windows/GnomeWindowWatcher.h"
+#include "Linux/Windows/KWinScriptWatcher.h"
 #include "Linux/Windows/ListedWindowWatcher.h"
 #include "Linux/Windows/SwayWindowWatcher.h"
 #include "Linux/Windows/X11MouseMonitor.h"
@@ -54,6 +55,13 @@ GnomeExtension gnomeExtension() {
          .settingsProgram = QStringLiteral("gsettings")});
 }
 
+/// Ours, gone when the person's last session ends. Empty where there is none: of what stands in for
+/// it where the variable is not set, the browser's host does not know.
+QString runtimeFolder() {
+    const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    return folder.isEmpty() ? QString() : folder + QStringLiteral("/com.brindlework.orvanta");
+}
+
 std::unique_ptr<WindowWatcher> makeWindowWatcher(MainLoop& mainLoop) {
     if (const auto display = xDisplay()) {
         return std::make_unique<X11WindowWatcher>(*display, mainLoop);
@@ -67,6 +75,10 @@ std::unique_ptr<WindowWatcher> makeWindowWatcher(MainLoop& mainLoop) {
     candidates.emplace_back([&mainLoop] {
         return std::make_unique<GnomeWindowWatcher>(QDBusConnection::sessionBus(), mainLoop,
                                                     gnomeExtension());
+    });
+    candidates.emplace_back([&mainLoop] {
+        return std::make_unique<KWinScriptWatcher>(QDBusConnection::sessionBus(), mainLoop,
+                                                   runtimeFolder());
     });
     return std::make_unique<ChosenWindowWatcher>(std::move(candidates), mainLoop);
 }
@@ -162,8 +174,7 @@ void LinuxPlatform::activate(QWindow& window) {
 std::unique_ptr<Automation> LinuxPlatform::makeAutomation(AutomationDecisions decisions) {
     const QString host =
         QCoreApplication::applicationDirPath() + QStringLiteral("/orvanta-browser-host");
-    // The variable itself: what stands in for it where it is not set, the host does not know.
-    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    const QString runtime = runtimeFolder();
     return std::make_unique<LinuxAutomation>(LinuxAutomation::Surroundings{
         .transport = {workspace_, workspaceNotifications_, mainLoop_, systemUptime,
                       [this] {
@@ -172,9 +183,7 @@ std::unique_ptr<Automation> LinuxPlatform::makeAutomation(AutomationDecisions de
                                  (front &&
                                   front->bundleIdentifier == workspace_.ownBundleIdentifier());
                       }},
-        .bridge = {.socket = runtime.isEmpty()
-                                 ? QString()
-                                 : runtime + QStringLiteral("/com.brindlework.orvanta/browsers"),
+        .bridge = {.socket = runtime.isEmpty() ? QString() : runtime + QStringLiteral("/browsers"),
                    .hostExecutable = host},
         .identity = ApplicationIdentity(entries_, QCoreApplication::applicationPid(),
                                         workspace_.ownBundleIdentifier()),

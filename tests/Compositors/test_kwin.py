@@ -37,3 +37,10 @@ class KWin(test_sway.Sway):
         self.assertEqual(self.store.session_seconds(), before)
         place.activate(terminal)
         self.wait_to_count(self.TERMINAL)
+
+
+class KWinByScript(KWin):
+    """Where no desktop entry asks for the list of windows."""
+
+    def make_desktop(self):
+        return kwin.KWinDesktop(time_zone=desktop.zone_far_from_midnight())

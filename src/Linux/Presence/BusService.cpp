@@ -86,6 +86,13 @@ void BusService::ask(const QString& path, const QString& interface, const QStrin
             });
 }
 
+void BusService::tell(const QString& path, const QString& interface, const QString& member,
+                      const QVariantList& arguments) {
+    auto call = QDBusMessage::createMethodCall(owner_, path, interface, member);
+    call.setArguments(arguments);
+    bus_.send(call);
+}
+
 void BusService::hear(const QDBusMessage& signal) {
     // One that was on its way when the owner changed may still come in.
     if (owner_.isEmpty() || signal.service() != owner_) {

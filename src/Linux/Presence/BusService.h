@@ -36,6 +36,8 @@ public:
     void start();
 
     bool isPresent() const { return !owner_.isEmpty(); }
+    /// Whether this unique name is the present owner's.
+    bool isOwner(const QString& name) const { return isPresent() && name == owner_; }
 
     /// Hears a signal of the present owner, at this path (any, if empty) and of nobody else; to be
     /// called when it has appeared. Forgotten with the owner.
@@ -46,6 +48,9 @@ public:
     /// one), is handed over unless the owner has changed meanwhile.
     void ask(const QString& path, const QString& interface, const QString& member,
              const QVariantList& arguments, const Handler& answer);
+    /// The same where no answer is waited for.
+    void tell(const QString& path, const QString& interface, const QString& member,
+              const QVariantList& arguments);
 
 Q_SIGNALS:
     /// There is an owner, perhaps another than before, who has said nothing yet.

@@ -1,5 +1,6 @@
 #include "Linux/Windows/ChosenWindowWatcher.h"
 
+#include <cstddef>
 #include <utility>
 
 namespace orvanta {
@@ -24,12 +25,6 @@ void ChosenWindowWatcher::chooseAgain() {
             consider();
         });
     });
-    for (const Candidate& candidate : candidates_) {
-        const auto& watcher = asked_.emplace_back(candidate());
-        // Not within its own call: those that are not chosen are destroyed.
-        connect(watcher.get(), &WindowWatcher::stateChanged, this, &ChosenWindowWatcher::consider,
-                Qt::QueuedConnection);
-    }
     consider();
 }
 
@@ -54,7 +49,11 @@ void ChosenWindowWatcher::consider() {
     }
     State otherwise = otherwise_;
     bool isAnyWaiting = false;
-    for (auto& watcher : asked_) {
+    for (std::size_t index = 0; index < candidates_.size(); ++index) {
+        if (index == asked_.size()) {
+            ask(candidates_[index]);
+        }
+        std::unique_ptr<WindowWatcher>& watcher = asked_[index];
         if (watcher->state() == State::Watching) {
             choose(std::move(watcher));
             return;
@@ -74,6 +73,13 @@ void ChosenWindowWatcher::consider() {
     }
     // One that answers late is welcome still.
     setState(isAnyWaiting && isPatient_ ? State::Waiting : otherwise);
+}
+
+void ChosenWindowWatcher::ask(const Candidate& candidate) {
+    const auto& watcher = asked_.emplace_back(candidate());
+    // Not within its own call: those that are not chosen are destroyed.
+    connect(watcher.get(), &WindowWatcher::stateChanged, this, &ChosenWindowWatcher::consider,
+            Qt::QueuedConnection);
 }
 
 void ChosenWindowWatcher::choose(std::unique_ptr<WindowWatcher> watcher) {

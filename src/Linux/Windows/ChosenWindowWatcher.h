@@ -9,7 +9,8 @@
 
 namespace orvanta {
 
-/// Whichever of several watchers really answers on this desktop.
+/// Whichever of several watchers really answers on this desktop. A worse one is asked when no
+/// better one has answered.
 class ChosenWindowWatcher final : public WindowWatcher {
     Q_OBJECT
 
@@ -30,6 +31,7 @@ public:
 
 private:
     void consider();
+    void ask(const Candidate& candidate);
     void choose(std::unique_ptr<WindowWatcher> watcher);
     void chosenChanged();
 
