@@ -38,7 +38,8 @@ What is measured stays in one file of your own and is told to nobody.")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # What the libraries do not bring along: the part of Qt that speaks X11.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS qt6-qpa-plugins)
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "default-dbus-session-bus | dbus-session-bus")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
+    "default-dbus-session-bus | dbus-session-bus, qt6-wayland")
 set(CPACK_DEBIAN_PACKAGE_ENHANCES "chromium, firefox-esr")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/debian/conffiles)

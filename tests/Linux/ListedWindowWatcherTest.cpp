@@ -2,6 +2,7 @@
 
 #include "Eventually.h"
 #include "Fakes/QtPrinters.h"
+#include "PlasmaWindows.h"
 #include "TaskBar.h"
 
 #include <gmock/gmock.h>
@@ -116,6 +117,42 @@ TEST(ListedWindowWatcherAloneTest, WhereNoListIsOfferedItIsUnsupported) {
     ListedWindowWatcher watcher(compositor.name());
     EXPECT_EQ(watcher.state(), State::Waiting);
     EXPECT_TRUE(eventually([&] { return watcher.state() == State::Unsupported; }));
+}
+
+TEST(ListedWindowWatcherPlasmaTest, WindowsComeAndGoInAnyOrder) {
+    Compositor compositor;
+    PlasmaWindows windows(compositor);
+    ListedWindowWatcher watcher(compositor.name());
+    ASSERT_TRUE(eventually([&] { return windows.isBound(); }));
+    const auto appears = [&](const char* uuid) {
+        windows.announce(uuid);
+        return eventually([&] { return windows.window(uuid) != nullptr; });
+    };
+    const auto becomes = [&](const QString& appId) {
+        return eventually([&] {
+            return (watcher.activeWindow() ? watcher.activeWindow()->wmClass : u"none"_s) == appId;
+        });
+    };
+    ASSERT_TRUE(appears("{1}") && appears("{2}"));
+    windows.tell("{1}", "org.kde.dolphin", 4711, true);
+    ASSERT_TRUE(becomes(u"org.kde.dolphin"_s));
+    const Window dolphin = *watcher.activeWindow();
+    EXPECT_EQ(dolphin.processIdentifier, 4711);
+
+    // The next one is active before the last one is not, and is told of its name late.
+    windows.setActive("{2}", true);
+    ASSERT_TRUE(becomes(QString()));
+    windows.setActive("{1}", false);
+    windows.tell("{2}", "xterm", 0, true);
+    ASSERT_TRUE(becomes(u"xterm"_s));
+    EXPECT_EQ(watcher.activeWindow()->processIdentifier, std::nullopt);
+    windows.setActive("{1}", true);
+    windows.unmap("{2}");
+    ASSERT_TRUE(becomes(u"org.kde.dolphin"_s));
+    EXPECT_EQ(watcher.activeWindow(), dolphin);
+    windows.unmap("{1}");
+    ASSERT_TRUE(becomes(u"none"_s));
+    EXPECT_EQ(watcher.state(), State::Watching);
 }
 
 } // namespace
