@@ -117,7 +117,7 @@ void LinuxPlatform::startPresence() {
         platform(), Presence::Surroundings{
                         QDBusConnection::systemBus(), QDBusConnection::sessionBus(),
                         qEnvironmentVariable("XDG_SESSION_ID"), QCoreApplication::applicationPid(),
-                        xDisplay().value_or(QByteArray())});
+                        xDisplay().value_or(QByteArray()), qgetenv("WAYLAND_DISPLAY")});
     presence_->start();
     // Qt reads the link anew each time; under TZ it never changes.
     dayChange_ = std::make_unique<DayChange>(

@@ -99,7 +99,7 @@ protected:
 
     void startAlone(const QString& sessionId = u"7"_s) {
         presence = std::make_unique<Presence>(
-            platform, Presence::Surroundings{systemBus, sessionBus, sessionId, 4711, {}});
+            platform, Presence::Surroundings{systemBus, sessionBus, sessionId, 4711, {}, {}});
         presence->start();
     }
     void start(const QString& sessionId = u"7"_s) {

@@ -9,6 +9,7 @@ namespace orvanta {
 Presence::Presence(const Platform& platform, Surroundings surroundings)
     : platform_(platform)
     , xDisplay_(std::move(surroundings.xDisplay))
+    , waylandDisplay_(std::move(surroundings.waylandDisplay))
     , logind_(surroundings.systemBus, surroundings.sessionId, surroundings.processIdentifier,
               platform.mainLoop)
     , savers_(surroundings.sessionBus, platform.mainLoop)
@@ -20,8 +21,13 @@ Presence::Presence(const Platform& platform, Surroundings surroundings)
                            mutterOff_ = off;
                            update();
                        })
-    , x11OffCalmly_(platform.mainLoop, [this](bool off) {
-        x11Off_ = off;
+    , x11OffCalmly_(platform.mainLoop,
+                    [this](bool off) {
+                        x11Off_ = off;
+                        update();
+                    })
+    , waylandOffCalmly_(platform.mainLoop, [this](bool off) {
+        waylandOff_ = off;
         update();
     }) {
     connect(&logind_, &Logind::sleepingChanged, this, &Presence::update);
@@ -50,6 +56,11 @@ void Presence::start() {
         connect(x11_.get(), &X11Displays::changed, this,
                 [this] { x11OffCalmly_.set(x11_->areOff()); });
         x11OffCalmly_.set(x11_->areOff());
+    }
+    if (!waylandDisplay_.isEmpty()) {
+        wayland_ = std::make_unique<WaylandDisplays>(waylandDisplay_);
+        connect(wayland_.get(), &WaylandDisplays::changed, this,
+                [this] { waylandOffCalmly_.set(wayland_->areOff()); });
     }
 }
 
@@ -82,7 +93,7 @@ void Presence::update() {
     NotificationCenter& workspace = platform_.workspaceNotifications;
     const std::array<Announcement, ReasonCount> announcements{
         {{Sleep, logind_.isSleeping(), workspace, Notification::WillSleep, Notification::DidWake},
-         {Display, mutterOff_ || x11Off_ || lock_.isOnlySaved(), workspace,
+         {Display, mutterOff_ || x11Off_ || waylandOff_ || lock_.isOnlySaved(), workspace,
           Notification::ScreensDidSleep, Notification::ScreensDidWake},
          {Session, !logind_.isSessionActive(), workspace, Notification::SessionDidResignActive,
           Notification::SessionDidBecomeActive},

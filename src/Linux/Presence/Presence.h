@@ -5,6 +5,7 @@
 #include "Linux/Presence/MutterDisplays.h"
 #include "Linux/Presence/ScreenLock.h"
 #include "Linux/Presence/ScreenSavers.h"
+#include "Linux/Presence/WaylandDisplays.h"
 #include "Linux/Presence/X11Displays.h"
 #include "Platform/NotificationCenter.h"
 #include "Platform/Platform.h"
@@ -38,7 +39,8 @@ public:
         QDBusConnection sessionBus;
         QString sessionId; ///< of logind's, or empty
         qint64 processIdentifier = 0;
-        QByteArray xDisplay; ///< empty unless the desktop is an X server's
+        QByteArray xDisplay;       ///< empty unless the desktop is an X server's
+        QByteArray waylandDisplay; ///< empty unless it is a Wayland compositor's
     };
 
     /// What `platform` refers to must outlive this object.
@@ -62,16 +64,20 @@ private:
 
     Platform platform_;
     QByteArray xDisplay_;
+    QByteArray waylandDisplay_;
     Logind logind_;
     ScreenSavers savers_;
     MutterDisplays mutter_;
     std::unique_ptr<X11Displays> x11_;
+    std::unique_ptr<WaylandDisplays> wayland_;
     ScreenLock lock_;
     Calm savedCalmly_;
     Calm mutterOffCalmly_;
     Calm x11OffCalmly_;
+    Calm waylandOffCalmly_;
     bool mutterOff_ = false;
     bool x11Off_ = false;
+    bool waylandOff_ = false;
     NotificationCenter::Token activation_{};
     std::array<bool, ReasonCount> announced_{};
 };

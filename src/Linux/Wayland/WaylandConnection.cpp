@@ -20,11 +20,15 @@ WaylandConnection::WaylandConnection(const QByteArray& display) {
     }
     static constexpr wl_registry_listener registryListener{
         [](void* self, wl_registry*, uint32_t name, const char* interface, uint32_t version) {
-            static_cast<WaylandConnection*>(self)->globals_.push_back({name, version, interface});
+            auto* const connection = static_cast<WaylandConnection*>(self);
+            connection->globals_.push_back({name, version, interface});
+            connection->tellOfGlobals();
         },
         [](void* self, wl_registry*, uint32_t name) {
-            std::erase_if(static_cast<WaylandConnection*>(self)->globals_,
+            auto* const connection = static_cast<WaylandConnection*>(self);
+            std::erase_if(connection->globals_,
                           [name](const Global& global) { return global.name == name; });
+            connection->tellOfGlobals();
         }};
     registry_ = wl_display_get_registry(display_);
     wl_registry_add_listener(registry_, &registryListener, this);
@@ -66,6 +70,26 @@ void* WaylandConnection::bindAny(const wl_interface& interface, uint32_t lowest,
     }
     return wl_registry_bind(registry_, global->name, &interface,
                             std::min(global->version, highest));
+}
+
+std::vector<uint32_t> WaylandConnection::globals(const wl_interface& interface) const {
+    std::vector<uint32_t> names;
+    for (const Global& global : globals_) {
+        if (global.interface == interface.name) {
+            names.push_back(global.name);
+        }
+    }
+    return names;
+}
+
+void* WaylandConnection::bindNamed(uint32_t name, const wl_interface& interface, uint32_t version) {
+    return wl_registry_bind(registry_, name, &interface, version);
+}
+
+void WaylandConnection::tellOfGlobals() {
+    if (sync_ == nullptr) {
+        Q_EMIT globalsChanged();
+    }
 }
 
 void WaylandConnection::flush() {

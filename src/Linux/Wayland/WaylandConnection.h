@@ -38,12 +38,22 @@ public:
         return static_cast<Proxy*>(bindAny(interface, lowest, highest));
     }
 
+    /// The names of the globals of this interface that the compositor offers now.
+    std::vector<std::uint32_t> globals(const wl_interface& interface) const;
+    /// The proxy of one of them, of a version that it has.
+    template <typename Proxy>
+    Proxy* bindGlobal(std::uint32_t name, const wl_interface& interface, std::uint32_t version) {
+        return static_cast<Proxy*>(bindNamed(name, interface, version));
+    }
+
     /// Sends what has been requested.
     void flush();
 
 Q_SIGNALS:
     /// All globals of the start are known.
     void ready();
+    /// Later on, one has come or gone.
+    void globalsChanged();
     /// The events that had come have been handled.
     void dispatched();
     /// The compositor has gone, or what was said made no sense to one of us. All proxies are dead:
@@ -58,6 +68,8 @@ private:
     };
 
     void* bindAny(const wl_interface& interface, std::uint32_t lowest, std::uint32_t highest);
+    void* bindNamed(std::uint32_t name, const wl_interface& interface, std::uint32_t version);
+    void tellOfGlobals();
     void read();
 
     wl_display* display_ = nullptr; ///< null when nobody listened
