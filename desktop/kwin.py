@@ -110,6 +110,11 @@ class KWinDesktop(desktop.Desktop):
         desktop.wait_until(lambda: self.focused() == window, f"window {window} in front")
         return time.monotonic()
 
+    def place_of(self, window):
+        """Left, top."""
+        told = self.call("org.kde.KWin", "/KWin", "org.kde.KWin.getWindowInfo", window)
+        return tuple(float(re.search(rf"'{name}': <([\d.-]+)>", told)[1]) for name in "xy")
+
     def minimize(self, window):
         self._evaluate(f"minimize-{time.monotonic_ns()}", f"""
 workspace.clientList().find(each => each.internalId == "{window}").minimized = true;

@@ -269,12 +269,15 @@ void AppDelegate::showPopover(bool isAsked) {
                                        [this] {
                                            return desktopProblem();
                                        }});
+    const QPoint place = popoverPlace(clicked_, desktop_.screenAreas(), Popover::contentSize);
     popover_.winId(); // Its native window is made now, if it never was.
     desktop_.keepInactive(*popover_.windowHandle());
-    popover_.open(std::move(content),
-                  {.place = popoverPlace(clicked_, desktop_.screenAreas(), Popover::contentSize),
-                   .takesKeyboard = isAsked,
-                   .leavesPointer = outsideClickMonitor_ != nullptr});
+    popover_.open(std::move(content), {.place = place,
+                                       .takesKeyboard = isAsked,
+                                       .leavesPointer = outsideClickMonitor_ != nullptr});
+    if (!desktop_.placesPopups()) {
+        desktop_.place(*popover_.windowHandle(), place);
+    }
 }
 
 void AppDelegate::popoverDidClose() {

@@ -5,6 +5,7 @@
 #include "Linux/Screens.h"
 #include "Linux/StatusNotifier/LinuxStatusItem.h"
 #include "Linux/SystemClock.h"
+#include "Linux/Wayland/PlasmaShell.h"
 #include "Linux/Windows/ChosenWindowWatcher.h"
 #include "Linux/Windows/GnomeWindowWatcher.h"
 #include "Linux/Windows/KWinScriptWatcher.h"
@@ -156,6 +157,13 @@ LinuxPlatform::addGlobalMonitorForMouseDowns(std::function<void(QPoint)> handler
 
 bool LinuxPlatform::placesPopups() const {
     return qtX11Connection() != nullptr;
+}
+
+void LinuxPlatform::place(QWindow& window, QPoint place) {
+    if (!plasmaShell_) {
+        plasmaShell_ = std::make_unique<PlasmaShell>();
+    }
+    plasmaShell_->place(window, place);
 }
 
 void LinuxPlatform::keepInactive(QWindow& window) {

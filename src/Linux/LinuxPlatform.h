@@ -8,6 +8,7 @@
 #include "Linux/MainLoop/QtMainLoop.h"
 #include "Linux/Presence/DayChange.h"
 #include "Linux/Presence/Presence.h"
+#include "Linux/Wayland/PlasmaShell.h"
 #include "Linux/Windows/WindowWatcher.h"
 #include "Linux/Windows/X11FocusFilter.h"
 #include "Platform/Desktop.h"
@@ -46,6 +47,7 @@ public:
     addGlobalMonitorForMouseDowns(std::function<void(QPoint)> handler) override;
     void updateFrontmost() override { watcher_->update(); }
     bool placesPopups() const override;
+    void place(QWindow& window, QPoint place) override;
     void keepInactive(QWindow& window) override;
     void activate(QWindow& window) override;
 
@@ -61,6 +63,7 @@ private:
     LinuxLoginItem loginItem_;
     LinuxAppearance appearance_;
     X11FocusFilter focusFilter_;
+    std::unique_ptr<PlasmaShell> plasmaShell_; ///< made when first needed
     std::unique_ptr<Presence> presence_;
     std::unique_ptr<DayChange> dayChange_;
 };

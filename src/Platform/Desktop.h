@@ -88,6 +88,9 @@ public:
     /// Whether a popup goes where it is put, gets the clicks outside it and leaves the window
     /// behind it the active one. What is not a popup is placed by the desktop.
     virtual bool placesPopups() const = 0;
+    /// Puts the top left corner of a window that is not a popup, and has been shown just now, at a
+    /// place, if the desktop lets that be. For one window.
+    virtual void place(QWindow& window, QPoint place) = 0;
     /// Whoever types into this window by a grab of the keyboard, the application does not become
     /// the active one by it. For one window; it exists already.
     virtual void keepInactive(QWindow& window) = 0;

@@ -248,6 +248,31 @@ TEST_F(AppDelegateTest, AClickWhosePressClosedThePopoverDoesNotOpenItAgain) {
     EXPECT_NE(popover(), nullptr) << "a click long after";
 }
 
+TEST_F(AppDelegateTest, WherePopupsAreNotPlacedThePanelIsAWindowThatClosesWhenItIsLeft) {
+    desktop.arePopupsPlaced = false;
+    desktop.tellsPresses = false;
+    launch();
+    const auto moveFocus = [this](QWindow* window) {
+        Q_EMIT qGuiApp->focusWindowChanged(window);
+        desktop.loop.advance(0.2);
+    };
+    click();
+    ASSERT_NE(popover(), nullptr);
+    EXPECT_EQ(popover()->windowType(), Qt::Window);
+    EXPECT_EQ(desktop.log.last(), u"place orvanta 960 28"_s);
+    QWindow other;
+    moveFocus(&other);
+    EXPECT_NE(popover(), nullptr) << "a window of our own";
+    QTest::keyPress(popover(), Qt::Key_Alt);
+    EXPECT_NE(popover(), nullptr) << "the desktop has seen that key itself";
+    moveFocus(nullptr);
+    EXPECT_EQ(popover(), nullptr);
+    click();
+    EXPECT_EQ(popover(), nullptr) << "the click that took the focus away";
+    click();
+    EXPECT_NE(popover(), nullptr);
+}
+
 TEST_F(AppDelegateTest, ThePanelLeavesTheApplicationBehindItCounting) {
     ASSERT_TRUE(launch());
     desktop.front("editor");

@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import re
 import time
 
 import case
@@ -37,6 +38,27 @@ class KWin(test_sway.Sway):
         self.assertEqual(self.store.session_seconds(), before)
         place.activate(terminal)
         self.wait_to_count(self.TERMINAL)
+
+    def test_the_panel_opens_where_its_item_was_clicked(self):
+        terminal = self.desktop.launch_terminal()
+        self.orvanta.start()
+        self.wait_to_count(self.TERMINAL)
+        item = self.status_item()
+        for click, place in (((900, 10), (740, 22)), ((300, 700), (140, 336))):
+            self.desktop.call(item, "/StatusNotifierItem", "org.kde.StatusNotifierItem.Activate",
+                              *map(str, click))
+            panel = desktop.wait_until(
+                lambda: self.desktop.windows_of(self.orvanta.process.pid), "the panel")[0]
+            desktop.wait_until(lambda: self.desktop.place_of(panel) == place, "the panel's place")
+            self.desktop.activate(terminal)
+            desktop.wait_until(lambda: not self.desktop.windows_of(self.orvanta.process.pid),
+                               "the panel's end")
+            time.sleep(1)  # A click right after it would be the one that closed it.
+
+    def status_item(self):
+        names = self.desktop.call("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                  "org.freedesktop.DBus.ListNames")
+        return re.search(r"org\.kde\.StatusNotifierItem-[\d-]+", names)[0]
 
 
 class KWinByScript(KWin):

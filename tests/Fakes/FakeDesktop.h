@@ -113,6 +113,10 @@ public:
         }
     }
     bool placesPopups() const override { return arePopupsPlaced; }
+    void place(QWindow& window, QPoint place) override {
+        log.append(
+            QStringLiteral("place %1 %2 %3").arg(window.title()).arg(place.x()).arg(place.y()));
+    }
     void keepInactive(QWindow& /*window*/) override {}
     void activate(QWindow& window) override {
         log.append(QStringLiteral("activate ") + window.title());
