@@ -14,6 +14,7 @@ import time
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "desktop"))
 
 import desktop  # noqa: E402 (the path has just been set)
+import sway  # noqa: E402
 
 # Between two changes of what is in front.
 STRETCH = 10.0
@@ -76,17 +77,17 @@ class Cost:
 
 
 class Measurement:
-    """A process on a desktop of its own, beside an xterm and a mousepad."""
+    """A process on a desktop of its own, beside a terminal and a mousepad."""
 
-    def __init__(self, executable, store=None):
-        self.place = desktop.Desktop(time_zone=desktop.zone_far_from_midnight())
+    def __init__(self, executable, store=None, make_desktop=desktop.Desktop):
+        self.place = make_desktop(time_zone=desktop.zone_far_from_midnight())
         self.executable = executable
         self.store = store
         self.neighbours = []
 
     def __enter__(self):
         self.place.open()
-        self.windows = [self.place.launch_xterm(), self.place.launch_mousepad()]
+        self.windows = [self.place.launch_terminal(), self.place.launch_mousepad()]
         self.process = desktop.Orvanta(self.place, self.executable)
         if self.store:
             desktop.Store(self.store).copy_to(self.process.store.path)
@@ -208,6 +209,8 @@ def parse():
                         help="measure also with no window in front")
     parser.add_argument("--resting", action="store_true",
                         help="measure only the rest: paused, and with the displays off")
+    parser.add_argument("--sway", action="store_true",
+                        help="on Wayland under sway instead of an X server")
     parser.add_argument("--store", type=pathlib.Path,
                         help="start from a copy of this store")
     parser.add_argument("--executable", type=pathlib.Path, default=build / "orvanta")
@@ -221,17 +224,18 @@ def main():
     if arguments.store and not arguments.store.is_file():
         sys.exit(f"process.py: {arguments.store} is not there")
     idle = bare_idle = None
+    make_desktop = sway.SwayDesktop if arguments.sway else desktop.Desktop
     steady = min(arguments.seconds, STEADY)
     try:
         if arguments.resting:
             resting(arguments)
             return
-        with Measurement(arguments.executable, arguments.store) as orvanta:
+        with Measurement(arguments.executable, arguments.store, make_desktop) as orvanta:
             orvanta.start()
             cost, quiet_wakeups = orvanta.take_turns(arguments.seconds)
             if arguments.idle:
                 idle = orvanta.stay_idle(steady)
-        with Measurement(arguments.bare) as process:
+        with Measurement(arguments.bare, make_desktop=make_desktop) as process:
             process.start()
             bare, bare_quiet_wakeups = process.take_turns(steady)
             if arguments.idle:

@@ -309,6 +309,9 @@ class Desktop:
         self.activate(window)
         return window
 
+    def launch_terminal(self):
+        return self.launch_xterm()
+
     def launch_xterm(self):
         return self.launch("xterm", "-geometry", "80x24+40+40", "-fa", "DejaVu Sans Mono", "-fs",
                            "11", "-e", "bash", "--norc")

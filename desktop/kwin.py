@@ -24,7 +24,8 @@ tellFocus(workspace.activeClient);
 
 
 class KWinDesktop(desktop.Desktop):
-    """Windows are named by their UUIDs in KWin."""
+    """Windows are named by their UUIDs in KWin. The terminal is one of the X server that is its
+    guest."""
 
     def __init__(self, time_zone=None, entry=None):
         """`entry`: the text of a desktop entry that was installed at an earlier time."""
@@ -120,7 +121,3 @@ class KWinDesktop(desktop.Desktop):
 workspace.clientList().find(each => each.internalId == "{window}").minimized = true;
 """)
         desktop.wait_until(lambda: self.focused() != window, f"window {window} minimized")
-
-    def launch_terminal(self):
-        """Of the X server that is KWin's guest."""
-        return self.launch_xterm()

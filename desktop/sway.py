@@ -102,6 +102,11 @@ class SwayDesktop(desktop.Desktop):
         desktop.wait_until(lambda: self.focused() == window, f"window {window} in front")
         return time.monotonic()
 
+    def close_windows(self):
+        for window in self.windows():
+            self.message(f"[con_id={window}] kill")
+        desktop.wait_until(lambda: not self.windows(), "the end of all windows")
+
     def launch_terminal(self):
         return self.launch("foot", "--font=DejaVu Sans Mono:size=11", "bash", "--norc")
 
