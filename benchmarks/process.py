@@ -41,19 +41,27 @@ class Reading:
         for task in (root / "task").iterdir():
             # Nanoseconds on a processor; utime and stime of `stat` only know hundredths of a second.
             running = int((task / "schedstat").read_text().split()[0]) / 1e9
-            self.threads[task.name] = (running, self._field(task / "status",
+            self.threads[task.name] = (running, self.field(task / "status",
                                                             "voluntary_ctxt_switches"))
-        self.memory = {name: self._field(root / "smaps_rollup", name) * 1024 / MIB
-                       for name in ("Pss", "Private_Dirty")}
-        self.handed_over = self._field(root / "io", "wchar")
-        self.to_the_disk = self._field(root / "io", "write_bytes")
+        self.handed_over = self.field(root / "io", "wchar")
+        self.to_the_disk = self.field(root / "io", "write_bytes")
 
     @staticmethod
-    def _field(path, name):
+    def field(path, name):
         for line in path.read_text().splitlines():
             if line.startswith(f"{name}:"):
                 return int(line.split()[1])
         raise desktop.DesktopError(f"{path} has no {name}")
+
+
+class Memory:
+    """Of a process, in MB. To count it, the kernel goes through all its pages, which leaves the
+    process' next steps with cold caches: not to be done while CPU is measured."""
+
+    def __init__(self, pid):
+        path = pathlib.Path("/proc", str(pid), "smaps_rollup")
+        self.pss, self.private_dirty = (Reading.field(path, name) * 1024 / MIB
+                                        for name in ("Pss", "Private_Dirty"))
 
 
 class Cost:
@@ -70,8 +78,6 @@ class Cost:
         self.cpu = running * an_hour
         self.waits = waits
         self.wakeups = waits / self.seconds
-        self.pss = last.memory["Pss"]
-        self.private_dirty = last.memory["Private_Dirty"]
         self.handed_over = (last.handed_over - first.handed_over) / MIB * an_hour
         self.to_the_disk = (last.to_the_disk - first.to_the_disk) / MIB * an_hour
 
@@ -112,15 +118,16 @@ class Measurement:
         return Reading(self.process.process.pid)
 
     def take_turns(self, seconds):
-        """The cost of that time, what is in front changing every ten seconds, and how often it woke
-        a second while nothing changed."""
+        """The cost of that time, what is in front changing every ten seconds; how often it woke a
+        second while nothing changed; and the memory at the end."""
         self._turn_for(SETTLING)
         first = self.read()
         quiet = self._turn_for(seconds)
         cost = Cost(first, self.read())
         self.neighbours = qt_neighbours(self.process.process.pid)
         waits = sum(part.waits for part in quiet)
-        return cost, waits / sum(part.seconds for part in quiet)
+        return (cost, waits / sum(part.seconds for part in quiet),
+                Memory(self.process.process.pid))
 
     def _turn_for(self, seconds):
         """The costs of the parts of that time in which nothing changed."""
@@ -232,12 +239,12 @@ def main():
             return
         with Measurement(arguments.executable, arguments.store, make_desktop) as orvanta:
             orvanta.start()
-            cost, quiet_wakeups = orvanta.take_turns(arguments.seconds)
+            cost, quiet_wakeups, memory = orvanta.take_turns(arguments.seconds)
             if arguments.idle:
                 idle = orvanta.stay_idle(steady)
         with Measurement(arguments.bare, make_desktop=make_desktop) as process:
             process.start()
-            bare, bare_quiet_wakeups = process.take_turns(steady)
+            bare, bare_quiet_wakeups, bare_memory = process.take_turns(steady)
             if arguments.idle:
                 bare_idle = process.stay_idle(steady)
     except desktop.DesktopError as error:
@@ -252,9 +259,10 @@ def main():
         ("wake-ups a second", number(cost.wakeups), "1.4", number(bare.wakeups)),
         ("wake-ups a second, the same in front", number(quiet_wakeups), "1.4",
          number(bare_quiet_wakeups)),
-        ("PSS, MB (a year of history / ten)", number(cost.pss), "24 / 27", number(bare.pss)),
-        ("private dirty, MB (a year / ten)", number(cost.private_dirty), "5 / 8",
-         number(bare.private_dirty)),
+        ("PSS, MB (a year of history / ten)", number(memory.pss), "24 / 27",
+         number(bare_memory.pss)),
+        ("private dirty, MB (a year / ten)", number(memory.private_dirty), "5 / 8",
+         number(bare_memory.private_dirty)),
         ("handed to write(), MiB an hour (1)", number(cost.handed_over), "1.5",
          number(bare.handed_over)),
         ("sent to a disk, MiB an hour (2)", number(cost.to_the_disk), "-",

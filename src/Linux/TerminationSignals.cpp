@@ -31,8 +31,8 @@ int openEvent() {
 } // namespace
 
 TerminationSignals::TerminationSignals()
-    : notifier_(openEvent(), QSocketNotifier::Read) {
-    connect(&notifier_, &QSocketNotifier::activated, this, [this] {
+    : notifier_(openEvent()) {
+    connect(&notifier_, &ReadableNotifier::activated, this, [this] {
         eventfd_t count = 0;
         ::eventfd_read(wakeUp, &count);
         Q_EMIT received();

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "Linux/MainLoop/ReadableNotifier.h"
+
 #include <QObject>
-#include <QSocketNotifier>
 
 namespace orvanta {
 
@@ -20,7 +21,7 @@ Q_SIGNALS:
     void received();
 
 private:
-    QSocketNotifier notifier_;
+    ReadableNotifier notifier_;
 };
 
 } // namespace orvanta

@@ -1,12 +1,12 @@
 #include "Linux/BrowserBridge/BrowserBridge.h"
 
+#include "Linux/MainLoop/ReadableNotifier.h"
 #include "Linux/ProcessParent.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
-#include <QSocketNotifier>
 
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -55,8 +55,8 @@ BrowserBridge::BrowserBridge(Place place, BrowserConnection::Clock now)
     if (!problem_.isEmpty()) {
         return;
     }
-    notifier_ = std::make_unique<QSocketNotifier>(socket_, QSocketNotifier::Read);
-    connect(notifier_.get(), &QSocketNotifier::activated, this, &BrowserBridge::accept);
+    notifier_ = std::make_unique<ReadableNotifier>(socket_);
+    connect(notifier_.get(), &ReadableNotifier::activated, this, &BrowserBridge::accept);
 }
 
 BrowserBridge::~BrowserBridge() {

@@ -58,7 +58,7 @@ private:
     Place place_;
     BrowserConnection::Clock now_;
     int socket_ = -1;
-    std::unique_ptr<QSocketNotifier> notifier_;
+    std::unique_ptr<ReadableNotifier> notifier_;
     std::vector<std::unique_ptr<BrowserConnection>> connections_;
     QString problem_;
 };

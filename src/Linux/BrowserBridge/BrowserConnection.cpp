@@ -1,6 +1,6 @@
 #include "Linux/BrowserBridge/BrowserConnection.h"
 
-#include <QSocketNotifier>
+#include "Linux/MainLoop/ReadableNotifier.h"
 
 #include <sys/socket.h>
 #include <unistd.h>
@@ -23,8 +23,8 @@ BrowserConnection::BrowserConnection(int socket, qint64 browserProcess, Clock no
     : socket_(socket)
     , browserProcess_(browserProcess)
     , now_(std::move(now))
-    , notifier_(std::make_unique<QSocketNotifier>(socket, QSocketNotifier::Read)) {
-    connect(notifier_.get(), &QSocketNotifier::activated, this, &BrowserConnection::receive);
+    , notifier_(std::make_unique<ReadableNotifier>(socket)) {
+    connect(notifier_.get(), &ReadableNotifier::activated, this, &BrowserConnection::receive);
 }
 
 BrowserConnection::~BrowserConnection() {

@@ -10,9 +10,9 @@
 #include <memory>
 #include <optional>
 
-class QSocketNotifier;
-
 namespace orvanta {
+
+class ReadableNotifier;
 
 /// The line to one profile of a browser, through the host that the browser started for it.
 class BrowserConnection final : public QObject {
@@ -56,7 +56,7 @@ private:
     int socket_;
     qint64 browserProcess_;
     Clock now_;
-    std::unique_ptr<QSocketNotifier> notifier_;
+    std::unique_ptr<ReadableNotifier> notifier_;
     FrameReader frames_;
     std::optional<State> state_;
     int question_ = 0;

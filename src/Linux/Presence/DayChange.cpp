@@ -69,8 +69,8 @@ DayChange::~DayChange() {
 void DayChange::start() {
     timer_ = ::timerfd_create(CLOCK_REALTIME, TFD_NONBLOCK | TFD_CLOEXEC);
     if (timer_ >= 0) {
-        timerReadable_ = std::make_unique<QSocketNotifier>(timer_, QSocketNotifier::Read);
-        connect(timerReadable_.get(), &QSocketNotifier::activated, this, &DayChange::clockMoved);
+        timerReadable_ = std::make_unique<ReadableNotifier>(timer_);
+        connect(timerReadable_.get(), &ReadableNotifier::activated, this, &DayChange::clockMoved);
         arm();
     }
     watch_ = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
@@ -83,8 +83,9 @@ void DayChange::start() {
     if (::inotify_add_watch(watch_, directory.constData(),
                             IN_CREATE | IN_MOVED_TO | IN_CLOSE_WRITE | IN_DELETE | IN_ONLYDIR) >=
         0) {
-        watchReadable_ = std::make_unique<QSocketNotifier>(watch_, QSocketNotifier::Read);
-        connect(watchReadable_.get(), &QSocketNotifier::activated, this, &DayChange::zoneFileMoved);
+        watchReadable_ = std::make_unique<ReadableNotifier>(watch_);
+        connect(watchReadable_.get(), &ReadableNotifier::activated, this,
+                &DayChange::zoneFileMoved);
     }
 }
 

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "Linux/MainLoop/ReadableNotifier.h"
+
 #include <QByteArray>
 #include <QObject>
-#include <QSocketNotifier>
 #include <QTimeZone>
 
 #include <chrono>
@@ -51,8 +52,8 @@ private:
     QTimeZone zone_;
     int timer_ = -1;
     int watch_ = -1;
-    std::unique_ptr<QSocketNotifier> timerReadable_;
-    std::unique_ptr<QSocketNotifier> watchReadable_;
+    std::unique_ptr<ReadableNotifier> timerReadable_;
+    std::unique_ptr<ReadableNotifier> watchReadable_;
 };
 
 } // namespace orvanta

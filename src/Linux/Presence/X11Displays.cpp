@@ -46,9 +46,8 @@ X11Displays::X11Displays(const QByteArray& display, MainLoop& mainLoop)
     }
     again_.setSingleShot(true);
     connect(&again_, &QTimer::timeout, this, &X11Displays::process);
-    readable_ = std::make_unique<QSocketNotifier>(xcb_get_file_descriptor(connection_.get()),
-                                                  QSocketNotifier::Read);
-    connect(readable_.get(), &QSocketNotifier::activated, this, &X11Displays::process);
+    readable_ = std::make_unique<ReadableNotifier>(xcb_get_file_descriptor(connection_.get()));
+    connect(readable_.get(), &ReadableNotifier::activated, this, &X11Displays::process);
     findSaver();
     findDpms();
     readState();

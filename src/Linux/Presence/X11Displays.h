@@ -1,10 +1,10 @@
 #pragma once
 
+#include "Linux/MainLoop/ReadableNotifier.h"
 #include "Platform/MainLoop.h"
 
 #include <QByteArray>
 #include <QObject>
-#include <QSocketNotifier>
 #include <QTimer>
 
 #include <cstdint>
@@ -63,7 +63,7 @@ private:
     };
     MainLoop& mainLoop_;
     std::unique_ptr<xcb_connection_t, Disconnect> connection_;
-    std::unique_ptr<QSocketNotifier> readable_;
+    std::unique_ptr<ReadableNotifier> readable_;
     QTimer again_;
     std::unique_ptr<MainLoopTimer> poll_;
     uint32_t root_ = 0;

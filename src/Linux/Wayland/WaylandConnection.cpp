@@ -1,5 +1,7 @@
 #include "Linux/Wayland/WaylandConnection.h"
 
+#include "Linux/MainLoop/ReadableNotifier.h"
+
 #include <QSocketNotifier>
 
 #include <wayland-client.h>
@@ -42,8 +44,8 @@ WaylandConnection::WaylandConnection(const QByteArray& display) {
     wl_callback_add_listener(sync_, &syncListener, this);
 
     const int socket = wl_display_get_fd(display_);
-    readable_ = std::make_unique<QSocketNotifier>(socket, QSocketNotifier::Read);
-    connect(readable_.get(), &QSocketNotifier::activated, this, &WaylandConnection::read);
+    readable_ = std::make_unique<ReadableNotifier>(socket);
+    connect(readable_.get(), &ReadableNotifier::activated, this, &WaylandConnection::read);
     writable_ = std::make_unique<QSocketNotifier>(socket, QSocketNotifier::Write);
     connect(writable_.get(), &QSocketNotifier::activated, this, &WaylandConnection::flush);
     flush();

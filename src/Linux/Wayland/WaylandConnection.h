@@ -15,6 +15,8 @@ struct wl_registry;
 
 namespace orvanta {
 
+class ReadableNotifier;
+
 /// A line of our own to a Wayland compositor, beside that of Qt's windows: it is there whatever Qt
 /// draws with, and what goes wrong on it is ours to handle. It never waits for the compositor.
 class WaylandConnection final : public QObject {
@@ -77,7 +79,7 @@ private:
     wl_registry* registry_ = nullptr;
     wl_callback* sync_ = nullptr;
     std::vector<Global> globals_;
-    std::unique_ptr<QSocketNotifier> readable_;
+    std::unique_ptr<ReadableNotifier> readable_;
     std::unique_ptr<QSocketNotifier> writable_; ///< enabled while the compositor does not read
 };
 

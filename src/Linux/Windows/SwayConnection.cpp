@@ -1,6 +1,6 @@
 #include "Linux/Windows/SwayConnection.h"
 
-#include <QSocketNotifier>
+#include "Linux/MainLoop/ReadableNotifier.h"
 
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -50,8 +50,8 @@ int connectTo(const QByteArray& path) {
 SwayConnection::SwayConnection(const QByteArray& path)
     : socket_(connectTo(path)) {
     if (isOpen()) {
-        readable_ = std::make_unique<QSocketNotifier>(socket_, QSocketNotifier::Read);
-        connect(readable_.get(), &QSocketNotifier::activated, this, &SwayConnection::receive);
+        readable_ = std::make_unique<ReadableNotifier>(socket_);
+        connect(readable_.get(), &ReadableNotifier::activated, this, &SwayConnection::receive);
     }
 }
 

@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <memory>
 
-class QSocketNotifier;
-
 namespace orvanta {
+
+class ReadableNotifier;
 
 /// The line to sway's interface for other programs: messages of JSON text, each after a header of
 /// "i3-ipc", its length and its type (sway-ipc(7)).
@@ -42,7 +42,7 @@ private:
     void end();
 
     int socket_ = -1;
-    std::unique_ptr<QSocketNotifier> readable_;
+    std::unique_ptr<ReadableNotifier> readable_;
     QByteArray bytes_; ///< that have come and make no message yet
 };
 

@@ -1,8 +1,7 @@
 #include "Linux/Windows/X11WindowWatcher.h"
 
+#include "Linux/MainLoop/ReadableNotifier.h"
 #include "Linux/Windows/X11Reply.h"
-
-#include <QSocketNotifier>
 
 #include <xcb/res.h>
 
@@ -187,9 +186,8 @@ X11WindowWatcher::X11WindowWatcher(const QByteArray& display, MainLoop& mainLoop
         return;
     }
     setState(State::Waiting);
-    readable_ = std::make_unique<QSocketNotifier>(xcb_get_file_descriptor(connection_.get()),
-                                                  QSocketNotifier::Read);
-    connect(readable_.get(), &QSocketNotifier::activated, this, [this] {
+    readable_ = std::make_unique<ReadableNotifier>(xcb_get_file_descriptor(connection_.get()));
+    connect(readable_.get(), &ReadableNotifier::activated, this, [this] {
         readable_->setEnabled(false);
         gather_.start();
     });

@@ -11,9 +11,9 @@
 #include <array>
 #include <memory>
 
-class QSocketNotifier;
-
 namespace orvanta {
+
+class ReadableNotifier;
 
 /// The active window of an X server, as its window manager publishes it (Extended Window Manager
 /// Hints 1.5), over a connection of its own.
@@ -79,7 +79,7 @@ private:
 
     MainLoop& mainLoop_;
     std::unique_ptr<xcb_connection_t, Disconnect> connection_;
-    std::unique_ptr<QSocketNotifier> readable_;
+    std::unique_ptr<ReadableNotifier> readable_;
     xcb_window_t root_ = XCB_WINDOW_NONE;
     Atoms atoms_{};
     bool tellsClientIds_ = false;
