@@ -1,7 +1,6 @@
 #include "Linux/LinuxAppearance.h"
 
 #include <QDBusVariant>
-#include <QEvent>
 #include <QGuiApplication>
 #include <QPalette>
 
@@ -70,7 +69,12 @@ QPalette darkPalette() {
 LinuxAppearance::LinuxAppearance(const QDBusConnection& sessionBus, MainLoop& mainLoop)
     : portal_(sessionBus, QStringLiteral("org.freedesktop.portal.Desktop"), mainLoop)
     , looks_{schemeOfPalette(), false} {
-    qGuiApp->installEventFilter(this);
+    // Deprecated in favour of ApplicationPaletteChange, an event. To see that we would have to
+    // filter all events of the application, each tick's among them.
+    QT_WARNING_PUSH
+    QT_WARNING_DISABLE_DEPRECATED
+    connect(qGuiApp, &QGuiApplication::paletteChanged, this, &LinuxAppearance::update);
+    QT_WARNING_POP
     connect(&portal_, &BusService::appeared, this, &LinuxAppearance::greet);
     connect(&portal_, &BusService::forgotten, this, [this] {
         note(appearance, colorSchemeKey, {});
@@ -107,13 +111,6 @@ void LinuxAppearance::note(const QString& space, const QString& key, const QVari
         animates_ = told.metaType() != QMetaType::fromType<bool>() || told.toBool();
     }
     update();
-}
-
-bool LinuxAppearance::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::ApplicationPaletteChange && watched == qGuiApp) {
-        update();
-    }
-    return Appearance::eventFilter(watched, event);
 }
 
 /// A desktop that Qt knows brings the palette along; with the others it stays light.

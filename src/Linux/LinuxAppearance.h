@@ -23,8 +23,6 @@ public:
     ColorScheme colorScheme() const override { return looks_.scheme; }
     bool reducesMotion() const override { return looks_.reducesMotion; }
 
-    bool eventFilter(QObject* watched, QEvent* event) override;
-
 private:
     struct Looks {
         ColorScheme scheme = ColorScheme::light;

@@ -24,7 +24,15 @@ std::optional<double> DayActivityList::seconds(Day day, KeyId key) const {
 }
 
 void DayActivityList::setSeconds(Day day, KeyId key, double seconds) {
+    set(day, key, find(day, key), seconds);
+}
+
+void DayActivityList::add(Day day, KeyId key, double seconds) {
     const auto index = find(day, key);
+    set(day, key, index, (index ? seconds_[*index] : 0) + seconds);
+}
+
+void DayActivityList::set(Day day, KeyId key, std::optional<std::size_t> index, double seconds) {
     if (index) {
         seconds_[*index] = seconds;
     } else {
@@ -34,10 +42,6 @@ void DayActivityList::setSeconds(Day day, KeyId key, double seconds) {
     if (!changed_.contains({day, key})) {
         changed_.insert({day, key}, !index);
     }
-}
-
-void DayActivityList::add(Day day, KeyId key, double seconds) {
-    setSeconds(day, key, this->seconds(day, key).value_or(0) + seconds);
 }
 
 DayActivityList::OneDay DayActivityList::oneDay(std::size_t index) const {

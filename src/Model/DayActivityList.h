@@ -104,6 +104,7 @@ private:
     std::vector<Group>::const_iterator groupAt(Day day) const;
     std::size_t endOf(std::vector<Group>::const_iterator group) const;
     std::optional<std::size_t> find(Day day, KeyId key) const;
+    void set(Day day, KeyId key, std::optional<std::size_t> index, double seconds);
     void insert(Day day, KeyId key, double seconds);
 
     KeyTable& keys_;

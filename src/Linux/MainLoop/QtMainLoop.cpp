@@ -1,6 +1,7 @@
 #include "Linux/MainLoop/QtMainLoop.h"
 
-#include <QTimer>
+#include <QBasicTimer>
+#include <QObject>
 
 #include <algorithm>
 #include <limits>
@@ -10,22 +11,21 @@ namespace orvanta {
 
 namespace {
 
-/// A duration in milliseconds, rounded up, and within what QTimer can be asked for in steps.
+/// A duration in milliseconds, rounded up, and within what a timer of Qt can be asked for in steps.
 qint64 milliseconds(MainLoop::Duration duration) {
     constexpr MainLoop::Duration centuries{1e10};
     return std::chrono::ceil<std::chrono::milliseconds>(std::min(duration, centuries)).count();
 }
 
-class QtTimer final : public MainLoopTimer {
+/// Takes the event itself: a QTimer would make a signal of it, every second.
+class QtTimer final : public QObject, public MainLoopTimer {
 public:
     QtTimer(qint64 delay, bool repeats, Qt::TimerType type, MainLoop::Action action)
         : delay_(delay)
         , repeats_(repeats)
+        , type_(type)
         , rest_(delay)
         , action_(std::make_shared<MainLoop::Action>(std::move(action))) {
-        timer_.setTimerType(type);
-        timer_.setSingleShot(!repeats || delay > longestStep);
-        QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { timeout(); });
         step();
     }
 
@@ -35,15 +35,17 @@ private:
     void step() {
         const qint64 next = std::min(rest_, longestStep);
         rest_ -= next;
-        timer_.start(static_cast<int>(next));
+        timer_.start(static_cast<int>(next), type_, this); // Repeats until it is stopped.
     }
 
-    void timeout() {
+    void timerEvent(QTimerEvent* /*event*/) override {
         if (rest_ > 0) {
             step();
             return;
         }
-        if (repeats_ && timer_.isSingleShot()) {
+        if (!repeats_) {
+            timer_.stop();
+        } else if (delay_ > longestStep) {
             rest_ = delay_;
             step();
         }
@@ -53,9 +55,10 @@ private:
 
     qint64 delay_;
     bool repeats_;
+    Qt::TimerType type_;
     qint64 rest_;
     std::shared_ptr<MainLoop::Action> action_;
-    QTimer timer_;
+    QBasicTimer timer_;
 };
 
 } // namespace

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <span>
 #include <string_view>
+#include <thread>
 #include <utility>
 
 namespace orvanta {
@@ -142,34 +143,30 @@ QString takeString(QByteArrayView& bytes) {
     return string.isValidUtf8() ? QString::fromUtf8(string) : QString::fromLatin1(string);
 }
 
+/// Sends the questions and sleeps while they are answered: the server answers one at a time, and
+/// whoever waits is woken for each. Where this is too short, the replies wait for the rest.
+void letAnswer(xcb_connection_t* c) {
+    constexpr std::chrono::microseconds usual{200};
+    xcb_flush(c);
+    std::this_thread::sleep_for(usual);
+}
+
 bool hasClass(const Window& window) {
     return !window.wmClass.isEmpty() || !window.wmInstance.isEmpty();
 }
 
 } // namespace
 
-/// What is asked when the active window may be another.
-struct X11WindowWatcher::ActiveRequest {
-    ActiveRequest(xcb_connection_t* c, xcb_window_t root, const Atoms& atoms)
-        : active(c, root, atoms[ActiveWindow], 1)
-        , list(c, root, atoms[ClientList], longestClientList) {}
-
-    PropertyRequest active;
-    PropertyRequest list;
-};
-
 /// What is asked of the active window.
 struct X11WindowWatcher::WindowRequest {
     WindowRequest(xcb_connection_t* c, xcb_window_t window, const Atoms& atoms, bool tellsClientIds)
-        : id(window)
-        , wmClass(c, id, XCB_ATOM_WM_CLASS, longestText)
-        , types(c, id, atoms[WindowType], longestTypeList)
-        , gtkApplicationId(c, id, atoms[GtkApplicationId], longestText)
-        , desktopFile(c, id, atoms[KdeDesktopFile], longestText)
-        , claimedPid(c, id, atoms[WmPid], 1)
-        , clientIds(c, id, tellsClientIds) {}
+        : wmClass(c, window, XCB_ATOM_WM_CLASS, longestText)
+        , types(c, window, atoms[WindowType], longestTypeList)
+        , gtkApplicationId(c, window, atoms[GtkApplicationId], longestText)
+        , desktopFile(c, window, atoms[KdeDesktopFile], longestText)
+        , claimedPid(c, window, atoms[WmPid], 1)
+        , clientIds(c, window, tellsClientIds) {}
 
-    xcb_window_t id;
     PropertyRequest wmClass;
     PropertyRequest types;
     PropertyRequest gtkApplicationId;
@@ -270,12 +267,8 @@ void X11WindowWatcher::process() {
     }
     if (std::exchange(windowManagerMoved_, false)) {
         readWindowManager();
-    } else if (windowRequest_) {
-        takeWindow();
-    } else if (activeRequest_) {
-        takeActive();
-    } else if (activeWindowMoved_) {
-        askForActive();
+    } else if (std::exchange(activeWindowMoved_, false) && state() == State::Watching) {
+        readActiveWindow();
     }
     settle();
 }
@@ -291,7 +284,7 @@ void X11WindowWatcher::settle() {
         return;
     }
     xcb_flush(connection_.get());
-    if (activeRequest_ || windowRequest_ || windowManagerMoved_ || activeWindowMoved_) {
+    if (windowManagerMoved_ || activeWindowMoved_) {
         gather_.start();
     } else {
         readable_->setEnabled(true);
@@ -300,7 +293,7 @@ void X11WindowWatcher::settle() {
 
 void X11WindowWatcher::update() {
     if (state() == State::Watching) {
-        windowRequest_.reset();
+        activeWindowMoved_ = false;
         readActiveWindow();
         settle();
     }
@@ -349,15 +342,13 @@ void X11WindowWatcher::readWindowManager() {
         select(check_, XCB_EVENT_MASK_NO_EVENT);
     }
     check_ = check;
-    activeRequest_.reset();
-    windowRequest_.reset();
+    activeWindowMoved_ = false;
     if (isWindowManager(check)) {
         patience_.reset();
         setState(State::Watching);
         readActiveWindow();
         return;
     }
-    activeWindowMoved_ = false;
     if (state() == State::Watching) {
         noneSettles_.reset();
         setActiveWindow(std::nullopt);
@@ -380,45 +371,23 @@ bool X11WindowWatcher::isWindowManager(xcb_window_t check) const {
     return alive && std::ranges::count(words(hints, XCB_ATOM_ATOM), atoms_[ActiveWindow]) > 0;
 }
 
-/// At once, and waiting for the server.
+/// Waits for the server twice: less than two more rounds of the main loop would cost.
 void X11WindowWatcher::readActiveWindow() {
-    askForActive();
-    takeActive();
-    if (windowRequest_) {
-        takeWindow();
-    }
-}
-
-void X11WindowWatcher::askForActive() {
-    activeWindowMoved_ = false;
-    if (state() == State::Watching) {
-        activeRequest_ = std::make_unique<ActiveRequest>(connection_.get(), root_, atoms_);
-    }
-}
-
-void X11WindowWatcher::takeActive() {
-    const xcb_window_t id = activeWindowId(*activeRequest_);
-    activeRequest_.reset();
+    const xcb_window_t id = activeWindowId();
     if (awaitingClass_ != id) {
         stopAwaitingClass();
     }
     if (id == XCB_WINDOW_NONE) {
         publish(std::nullopt);
-    } else {
-        windowRequest_ = askForWindow(id);
+        return;
     }
-}
-
-void X11WindowWatcher::takeWindow() {
-    const xcb_window_t id = windowRequest_->id;
-    auto window = windowOf(*windowRequest_);
-    windowRequest_.reset();
+    auto window = readWindow(id);
     if (window && !hasClass(*window)) {
         // Anew each time: under the same id it may be another window. It may get its class before
         // we listen, so look once more.
         awaitingClass_ = id;
         select(id, XCB_EVENT_MASK_PROPERTY_CHANGE);
-        window = windowOf(*askForWindow(id));
+        window = readWindow(id);
     }
     if (window && hasClass(*window)) {
         stopAwaitingClass();
@@ -432,9 +401,13 @@ void X11WindowWatcher::stopAwaitingClass() {
     }
 }
 
-xcb_window_t X11WindowWatcher::activeWindowId(ActiveRequest& request) const {
-    const xcb_window_t id = firstWord(request.active.reply(), XCB_ATOM_WINDOW);
-    const auto clients = request.list.reply();
+xcb_window_t X11WindowWatcher::activeWindowId() const {
+    xcb_connection_t* const c = connection_.get();
+    PropertyRequest active(c, root_, atoms_[ActiveWindow], 1);
+    PropertyRequest list(c, root_, atoms_[ClientList], longestClientList);
+    letAnswer(c);
+    const xcb_window_t id = firstWord(active.reply(), XCB_ATOM_WINDOW);
+    const auto clients = list.reply();
     if (id == root_ || id == check_) {
         return XCB_WINDOW_NONE; // The window manager keeps the focus itself.
     }
@@ -447,16 +420,14 @@ xcb_window_t X11WindowWatcher::activeWindowId(ActiveRequest& request) const {
     return id;
 }
 
-std::unique_ptr<X11WindowWatcher::WindowRequest>
-X11WindowWatcher::askForWindow(xcb_window_t id) const {
-    return std::make_unique<WindowRequest>(connection_.get(), id, atoms_, tellsClientIds_);
-}
-
 /// Absent if the window is gone, or is the desktop itself or a panel: the file manager that draws
 /// the desktop is not the file manager in use.
-std::optional<Window> X11WindowWatcher::windowOf(WindowRequest& request) const {
+std::optional<Window> X11WindowWatcher::readWindow(xcb_window_t id) const {
+    xcb_connection_t* const c = connection_.get();
+    WindowRequest request(c, id, atoms_, tellsClientIds_);
+    letAnswer(c);
     Window window;
-    window.id = request.id;
+    window.id = id;
     const auto classReply = request.wmClass.reply();
     const auto typesReply = request.types.reply();
     auto bytes = text(classReply, atoms_[Utf8String]);

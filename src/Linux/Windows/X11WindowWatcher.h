@@ -56,7 +56,6 @@ private:
 
     using Atoms = std::array<xcb_atom_t, AtomCount>;
 
-    struct ActiveRequest;
     struct WindowRequest;
 
     bool connectTo(const QByteArray& display);
@@ -67,12 +66,8 @@ private:
     void readWindowManager();
     bool isWindowManager(xcb_window_t check) const;
     void readActiveWindow();
-    void askForActive();
-    void takeActive();
-    void takeWindow();
-    xcb_window_t activeWindowId(ActiveRequest& request) const;
-    std::unique_ptr<WindowRequest> askForWindow(xcb_window_t id) const;
-    std::optional<Window> windowOf(WindowRequest& request) const;
+    xcb_window_t activeWindowId() const;
+    std::optional<Window> readWindow(xcb_window_t id) const;
     void stopAwaitingClass();
     void publish(std::optional<Window> window);
     void select(xcb_window_t window, uint32_t events) const;
@@ -88,9 +83,6 @@ private:
     xcb_window_t awaitingClass_ = XCB_WINDOW_NONE; ///< active, but nameless so far
     bool windowManagerMoved_ = false;
     bool activeWindowMoved_ = false;
-    // Asked for, and not yet taken: at most one of the two.
-    std::unique_ptr<ActiveRequest> activeRequest_;
-    std::unique_ptr<WindowRequest> windowRequest_;
     QTimer gather_; ///< until what has come is looked at together
 
     std::unique_ptr<MainLoopTimer> patience_;
