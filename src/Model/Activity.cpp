@@ -64,7 +64,7 @@ void Activity::changed() {
         changed_ = true;
         list_.changed_.push_back(row_);
     }
-    ++list_.generation_;
+    list_.noteChange(row_);
 }
 
 } // namespace orvanta

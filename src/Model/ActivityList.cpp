@@ -49,11 +49,18 @@ Activity& ActivityList::append(const QString& key, const QString& name,
     if (rowOfKey_[static_cast<std::size_t>(id)] < 0) {
         rowOfKey_[static_cast<std::size_t>(id)] = static_cast<std::int32_t>(row);
     }
-    ++generation_;
+    noteChange(row);
     ++categoryGeneration_;
     seconds_.push_back(seconds);
     categories_.push_back(categoryFromRawValue(categoryValue).value_or(Category::pending));
     return activities_.emplace_back(Activity::Passkey{}, *this, row, id, name, categoryValue);
+}
+
+void ActivityList::noteChange(std::size_t row) {
+    ++generation_;
+    if (std::exchange(lastChanged_, row) != row) {
+        ++othersGeneration_;
+    }
 }
 
 std::vector<ActivityList::Pending> ActivityList::pending() {

@@ -33,6 +33,9 @@ public:
     quint64 generation() const { return generation_; }
     /// Grows with every change of a category and with every new record.
     quint64 categoryGeneration() const { return categoryGeneration_; }
+    /// The row that changed last, and a number that stays for as long as only that row changes.
+    std::size_t lastChanged() const { return lastChanged_; }
+    quint64 othersGeneration() const { return othersGeneration_; }
 
     /// By row.
     std::span<const double> seconds() const { return seconds_; }
@@ -71,6 +74,7 @@ private:
     friend class Activity;
     Activity& append(const QString& key, const QString& name, const QString& categoryValue,
                      double seconds);
+    void noteChange(std::size_t row);
 
     KeyTable& keys_;
     std::deque<Activity> activities_;
@@ -78,7 +82,9 @@ private:
     std::vector<Category> categories_;
     std::vector<std::int32_t> rowOfKey_; // By KeyId; -1 for a key without an activity.
     std::vector<std::size_t> changed_;   // Rows, each once.
+    std::size_t lastChanged_ = 0;
     quint64 generation_ = 0;
+    quint64 othersGeneration_ = 0;
     quint64 categoryGeneration_ = 0;
 };
 

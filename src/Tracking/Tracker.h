@@ -201,8 +201,9 @@ private:
     // Nothing tells a cache that it is out of date. Each holds the version of what it was made of:
     // the list's own count of changes, and the count of changes of what can be listed.
     using ListingVersion = std::pair<quint64, quint64>;
+    // Of all activities but the one that changed last: from tick to tick that is the same one.
     struct TotalsCache {
-        std::optional<ListingVersion> version;
+        std::optional<std::pair<quint64, quint64>> version;
         std::array<double, allCases.size()> seconds{};
     };
     struct RowsInputs {

@@ -75,22 +75,23 @@ void Tracker::excludeSystemKey(const QString& key) {
 }
 
 double Tracker::total(Category category) const {
-    const ListingVersion version = listingVersion();
+    const auto seconds = activities_.seconds();
+    const auto categories = activities_.categories();
+    const auto& eligible = eligibleRows();
+    const std::size_t last = activities_.lastChanged();
+    const std::pair version(activities_.othersGeneration(), eligibleGeneration_);
     if (totalsCache_.version != version) {
-        // Without a branch, and what is not eligible added where nobody looks: this runs every
-        // second over all activities.
-        std::array<double, allCases.size() + 1> sums{};
-        const auto seconds = activities_.seconds();
-        const auto categories = activities_.categories();
-        const auto& eligible = eligibleRows();
+        totalsCache_ = {version, {}};
         for (std::size_t row = 0; row < seconds.size(); ++row) {
-            const auto counted = static_cast<std::size_t>(categories[row]);
-            sums[eligible[row] != 0 ? counted : allCases.size()] += seconds[row];
+            if (row != last && eligible[row] != 0) {
+                totalsCache_.seconds[static_cast<std::size_t>(categories[row])] += seconds[row];
+            }
         }
-        totalsCache_.version = version;
-        std::copy_n(sums.begin(), totalsCache_.seconds.size(), totalsCache_.seconds.begin());
     }
-    return totalsCache_.seconds[static_cast<std::size_t>(category)];
+    const double others = totalsCache_.seconds[static_cast<std::size_t>(category)];
+    const bool counts =
+        last < seconds.size() && eligible[last] != 0 && categories[last] == category;
+    return counts ? others + seconds[last] : others;
 }
 
 const std::vector<const Activity*>& Tracker::sorted() const {
