@@ -31,7 +31,10 @@ std::optional<QString> LinuxWorkspace::installLocation(const QString& bundleIden
 }
 
 bool LinuxWorkspace::isSystemComponent(const QString& bundleIdentifier) const {
-    return isLinuxSystemComponent(bundleIdentifier);
+    if (lastComponent_.first != bundleIdentifier) {
+        lastComponent_ = {bundleIdentifier, isLinuxSystemComponent(bundleIdentifier)};
+    }
+    return lastComponent_.second;
 }
 
 std::optional<RunningApplication> LinuxWorkspace::identify() const {

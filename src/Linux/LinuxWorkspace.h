@@ -8,6 +8,7 @@
 #include <QObject>
 
 #include <optional>
+#include <utility>
 
 namespace orvanta {
 
@@ -41,6 +42,8 @@ private:
 
     mutable bool identified_ = false;
     mutable std::optional<RunningApplication> frontmost_;
+    /// The identifier asked about last, and the answer: every second it is the same one.
+    mutable std::pair<QString, bool> lastComponent_;
 };
 
 } // namespace orvanta
