@@ -20,9 +20,8 @@ namespace {
 /// How long after the start a desktop may take to bring up its window manager.
 constexpr MainLoop::Duration windowManagerPatience{10.0};
 
-/// A switch comes as a handful of changes within a millisecond or two, and a server may answer a
-/// handful of questions one at a time: changes and answers are let come and looked at together, as
-/// each would be a wake-up.
+/// A switch comes as a handful of changes within a millisecond or two: they are let come and looked
+/// at together, as each would be a wake-up.
 constexpr std::chrono::milliseconds gathering{10};
 
 /// Window managers publish "none" before each switch; it counts once it has stood this long.
