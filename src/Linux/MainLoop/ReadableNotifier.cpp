@@ -57,6 +57,7 @@ public:
 
 private:
     void tell() {
+        const auto alive = ofThisThread(); // Who is told may remove the last notifier.
         std::array<epoll_event, 8> events{};
         const int count =
             ::epoll_wait(descriptor_, events.data(), static_cast<int>(events.size()), 0);
