@@ -94,8 +94,9 @@ public:
         if (ids) {
             for (auto i = xcb_res_query_client_ids_ids_iterator(ids.get()); i.rem > 0;
                  xcb_res_client_id_value_next(&i)) {
-                if (i.data->spec.mask == XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID &&
-                    xcb_res_client_id_value_value_length(i.data) == 1) {
+                const auto& [about, bytes] = *i.data;
+                if (about.mask == XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID &&
+                    bytes == sizeof(uint32_t)) {
                     process = *xcb_res_client_id_value_value(i.data);
                 }
             }
