@@ -80,8 +80,11 @@ class BrowserHost(unittest.TestCase):
                 + int(self._status("nonvoluntary_ctxt_switches")))
 
     def descriptors(self):
-        folder = f"/proc/{self.host.pid}/fd"
-        return {int(name): os.readlink(f"{folder}/{name}") for name in os.listdir(folder)}
+        found = {}
+        for entry in pathlib.Path(f"/proc/{self.host.pid}/fd").iterdir():
+            with contextlib.suppress(FileNotFoundError):  # closed since the folder was read
+                found[int(entry.name)] = os.readlink(entry)
+        return found
 
     def say(self, text=BROWSER_SAYS):
         self.host.stdin.write(frame(text))
