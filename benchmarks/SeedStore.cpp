@@ -5,6 +5,7 @@
 
 #include "Model/ActivityList.h"
 #include "Model/ActivityStore.h"
+#include "Model/Calendar.h"
 #include "Model/DayActivityList.h"
 
 #include <QFile>

@@ -2,11 +2,6 @@
 
 namespace orvanta {
 
-DayActivity::DayActivity(Day day, const QString& key, double seconds)
-    : day_(day)
-    , key_(key)
-    , seconds_(seconds) {}
-
 QString DayActivity::day(Date date, const Calendar& calendar) {
     return calendar.day(date).text();
 }

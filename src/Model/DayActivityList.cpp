@@ -39,9 +39,7 @@ void DayActivityList::set(Day day, KeyId key, std::optional<std::size_t> index, 
         insert(day, key, seconds);
     }
     days_[static_cast<std::size_t>(groupAt(day) - days_.cbegin())].generation = ++generation_;
-    if (!changed_.contains({day, key})) {
-        changed_.insert({day, key}, !index);
-    }
+    changed_.insert({day, key});
 }
 
 DayActivityList::OneDay DayActivityList::oneDay(std::size_t index) const {
@@ -49,20 +47,6 @@ DayActivityList::OneDay DayActivityList::oneDay(std::size_t index) const {
     const std::size_t count = endOf(group) - group->first;
     return {group->day, group->generation, std::span(recordKeys_).subspan(group->first, count),
             std::span(seconds_).subspan(group->first, count)};
-}
-
-std::vector<DayActivityList::Pending> DayActivityList::pending() const {
-    // In one order, not the hash's, which differs from run to run: rows are numbered in it.
-    std::vector<Place> places(changed_.keyBegin(), changed_.keyEnd());
-    std::ranges::sort(places);
-
-    std::vector<Pending> result;
-    result.reserve(places.size());
-    for (const auto& [day, key] : places) {
-        result.push_back({DayActivity(day, keys_.text(key), seconds(day, key).value_or(0)),
-                          changed_.value({day, key})});
-    }
-    return result;
 }
 
 void DayActivityList::load(std::vector<Stored> records) {

@@ -1,12 +1,11 @@
 #pragma once
 
-#include "Model/DayActivity.h"
+#include "Model/Day.h"
 #include "Model/KeyTable.h"
-
-#include <QHash>
 
 #include <functional>
 #include <optional>
+#include <set>
 #include <span>
 #include <vector>
 
@@ -15,7 +14,7 @@ namespace orvanta {
 /// The day records of a store: seconds by day and key.
 ///
 /// Ten years are some 180,000 of them, so a record is a key number and its seconds in two columns,
-/// days in order of time; what else a `DayActivity` has is made when it is asked for.
+/// days in order of time.
 class DayActivityList {
 public:
     explicit DayActivityList(KeyTable& keys);
@@ -50,17 +49,19 @@ public:
     OneDay oneDay(std::size_t index) const;
 
     /// Whether there are changes that the store does not have.
-    bool hasChanges() const { return cleared_ || !changed_.isEmpty(); }
+    bool hasChanges() const { return cleared_ || !changed_.empty(); }
 
     /// Whether the store still has to erase all it has, before the records below are written.
     bool isCleared() const { return cleared_; }
 
-    /// The records with changes, by day, for writing them.
-    struct Pending {
-        DayActivity record;
-        bool isNew;
+    /// Which record: there is one of a day and key.
+    struct Place {
+        Day day;
+        KeyId key;
+        friend constexpr auto operator<=>(Place, Place) = default;
     };
-    std::vector<Pending> pending() const;
+    /// The records with changes, by day, for writing them.
+    const std::set<Place>& pending() const { return changed_; }
 
     /// The store has everything now.
     void settle() {
@@ -91,15 +92,6 @@ private:
         std::uint32_t first; // Of the columns below; it ends where the next one begins.
         quint64 generation;
     };
-    struct Place {
-        Day day;
-        KeyId key;
-        friend constexpr auto operator<=>(Place, Place) = default;
-        friend std::size_t qHash(Place place, std::size_t seed) {
-            return qHashMulti(seed, place.day.year, place.day.month, place.day.dayOfMonth,
-                              static_cast<std::uint32_t>(place.key));
-        }
-    };
     void build(std::vector<Stored> records) const;
     std::vector<Group>::const_iterator groupAt(Day day) const;
     std::size_t endOf(std::vector<Group>::const_iterator group) const;
@@ -117,7 +109,7 @@ private:
     quint64 replacedAt_ = 0;
     Day since_;
     bool cleared_ = false;
-    QHash<Place, bool> changed_; // Whether the record is new.
+    std::set<Place> changed_; ///< in one order: rows are numbered in it
 };
 
 } // namespace orvanta

@@ -1,5 +1,6 @@
 #include "Model/ModelContext.h"
 
+#include "Model/DayActivity.h"
 #include "Model/Schema.h"
 #include "Model/Sqlite.h"
 
@@ -72,7 +73,8 @@ struct ModelContext::Statements {
         , insertDayActivity(database, "INSERT INTO ZDAYACTIVITY (Z_PK, Z_ENT, Z_OPT, ZSECONDS, "
                                       "ZID, ZDAY, ZKEY) VALUES (?3, 2, 1, ?1, ?2, ?4, ?5)")
         , updateDayActivity(database, "UPDATE ZDAYACTIVITY SET Z_OPT = IFNULL(Z_OPT, 0) + 1, "
-                                      "ZSECONDS = ?1 WHERE ZID = ?2")
+                                      "ZSECONDS = ?1 WHERE Z_PK = ?2")
+        , findDayActivity(database, "SELECT Z_PK FROM ZDAYACTIVITY WHERE ZID = ?1")
         , deleteDayActivities(database, "DELETE FROM ZDAYACTIVITY")
         // The highest key ever given out; a table that is ahead of its counter is believed.
         , lastActivityKey(database,
@@ -88,6 +90,7 @@ struct ModelContext::Statements {
     Statement updateActivity;
     Statement insertDayActivity;
     Statement updateDayActivity;
+    Statement findDayActivity;
     Statement deleteDayActivities;
     Statement lastActivityKey;
     Statement lastDayActivityKey;
@@ -183,6 +186,7 @@ void ModelContext::save() {
     PrimaryKeys activityKeys(s.lastActivityKey, s.writeLastKey, activityEntity);
     PrimaryKeys dayActivityKeys(s.lastDayActivityKey, s.writeLastKey, dayActivityEntity);
     std::vector<std::pair<qint64*, qint64>> given;
+    std::vector<std::pair<DayActivityList::Place, qint64>> givenDays;
 
     Transaction transaction(s.transaction);
     for (const auto& [activity, primaryKey] : activities_.pending()) {
@@ -211,20 +215,35 @@ void ModelContext::save() {
     if (dayActivities_.isCleared()) {
         dayActivityKeys.read();
         s.deleteDayActivities.run();
+        dayActivityRows_.clear();
     }
-    for (const auto& [record, isNew] : dayActivities_.pending()) {
-        const QString id = record.id();
-        if (!isNew) {
-            s.updateDayActivity.bind(1, record.seconds()).bind(2, id).run();
+    const auto updateDay = [&](qint64 primaryKey, double seconds) {
+        s.updateDayActivity.bind(1, seconds).bind(2, primaryKey).run();
+        return database_.changes() > 0; // Another program may have removed the row.
+    };
+    for (const DayActivityList::Place place : dayActivities_.pending()) {
+        const double seconds = dayActivities_.seconds(place.day, place.key).value_or(0);
+        const auto row = dayActivityRows_.find(place);
+        if (row != dayActivityRows_.end() && updateDay(row->second, seconds)) {
+            continue;
         }
-        if (isNew || database_.changes() == 0) {
-            s.insertDayActivity.bind(1, record.seconds())
+        const QString& key = keys_.text(place.key);
+        const QString id = DayActivity::id(place.day, key);
+        s.findDayActivity.bind(1, id);
+        const bool exists = s.findDayActivity.step();
+        const qint64 primaryKey = exists ? s.findDayActivity.integer(0) : dayActivityKeys.next();
+        s.findDayActivity.reset();
+        if (exists) {
+            updateDay(primaryKey, seconds);
+        } else {
+            s.insertDayActivity.bind(1, seconds)
                 .bind(2, id)
-                .bind(3, dayActivityKeys.next())
-                .bind(4, record.day())
-                .bind(5, record.key())
+                .bind(3, primaryKey)
+                .bind(4, place.day.text())
+                .bind(5, key)
                 .run();
         }
+        givenDays.emplace_back(place, primaryKey);
     }
     activityKeys.write();
     dayActivityKeys.write();
@@ -232,6 +251,9 @@ void ModelContext::save() {
 
     for (const auto& [primaryKey, value] : given) {
         *primaryKey = value;
+    }
+    for (const auto& [place, primaryKey] : givenDays) {
+        dayActivityRows_[place] = primaryKey;
     }
     activities_.settle();
     dayActivities_.settle();

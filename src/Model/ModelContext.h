@@ -5,6 +5,7 @@
 #include "Model/KeyTable.h"
 #include "Model/ModelError.h"
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -55,6 +56,8 @@ private:
     KeyTable keys_;
     ActivityList activities_;
     DayActivityList dayActivities_;
+    /// Of the records that were written. The way there by their identity goes down a deep index.
+    std::map<DayActivityList::Place, qint64> dayActivityRows_;
     std::optional<ModelError> historyError_;
     std::unique_ptr<Statements> statements_;
 };

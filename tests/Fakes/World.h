@@ -7,6 +7,7 @@
 #include "Model/ActivityList.h"
 #include "Model/ActivityStore.h"
 #include "Model/Calendar.h"
+#include "Model/DayActivity.h"
 #include "Model/DayActivityList.h"
 #include "Model/Sqlite.h"
 #include "Model/UserDefaults.h"

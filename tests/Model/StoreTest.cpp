@@ -167,6 +167,15 @@ TEST_F(StoreTest, RowsThatAnotherProgramDeletedAreWrittenAnewUnderNewKeys) {
     EXPECT_EQ(read("SELECT Z_PK, Z_OPT, ZKEY, ZNAME, ZSECONDS FROM ZACTIVITY"), "2|2|app:a|A|3.0");
     EXPECT_EQ(read("SELECT Z_PK, Z_OPT, ZKEY, ZSECONDS FROM ZDAYACTIVITY"), "2|2|app:a|3.0");
     EXPECT_EQ(read("SELECT Z_MAX FROM Z_PRIMARYKEY"), "2\n2");
+
+    // Another program may also have given a record another row, or made one before us.
+    write("UPDATE ZDAYACTIVITY SET Z_PK = 7; INSERT INTO ZDAYACTIVITY (Z_PK, ZID, ZDAY, ZKEY) "
+          "VALUES (8, '2024-03-06|app:a', '2024-03-06', 'app:a')");
+    context.dayActivities().setSeconds(day, a.keyId(), 4);
+    context.dayActivities().setSeconds({2024, 3, 6}, a.keyId(), 5);
+    context.save();
+    EXPECT_EQ(read("SELECT Z_PK, ZDAY, ZSECONDS FROM ZDAYACTIVITY"),
+              "7|2024-03-05|4.0\n8|2024-03-06|5.0");
 }
 
 TEST_F(StoreTest, ASaveThatFailsInTheMiddleWritesNothingAndIsMadeUpForLater) {
@@ -176,9 +185,9 @@ TEST_F(StoreTest, ASaveThatFailsInTheMiddleWritesNothingAndIsMadeUpForLater) {
     context.save();
     const char* everything = "SELECT * FROM ZACTIVITY UNION ALL SELECT *, 0, 0 FROM ZDAYACTIVITY "
                              "UNION ALL SELECT *, 0, 0, 0, 0, 0 FROM Z_PRIMARYKEY";
-    const char* obstacles[] = {
-        "INSERT INTO ZACTIVITY (Z_PK, ZKEY) VALUES (90, 'app:new0')",
-        "INSERT INTO ZDAYACTIVITY (Z_PK, ZID) VALUES (90, '2024-03-05|app:new1')"};
+    const char* obstacles[] = {"INSERT INTO ZACTIVITY (Z_PK, ZKEY) VALUES (90, 'app:new0')",
+                               "CREATE TRIGGER obstacle BEFORE INSERT ON ZDAYACTIVITY "
+                               "BEGIN SELECT RAISE(ABORT, 'full'); END"};
     for (int i = 0; i < 2; ++i) {
         old.setSeconds(10 + i);
         const Activity& added =
@@ -191,7 +200,7 @@ TEST_F(StoreTest, ASaveThatFailsInTheMiddleWritesNothingAndIsMadeUpForLater) {
             EXPECT_TRUE(context.hasChanges());
             EXPECT_EQ(read(everything), before);
         }
-        write("DELETE FROM ZACTIVITY WHERE Z_PK = 90; DELETE FROM ZDAYACTIVITY WHERE Z_PK = 90");
+        write("DELETE FROM ZACTIVITY WHERE Z_PK = 90; DROP TRIGGER IF EXISTS obstacle");
         context.save();
         EXPECT_FALSE(context.hasChanges());
     }
