@@ -19,17 +19,25 @@ default_border none
 focus_follows_mouse no
 xwayland disable
 """
+_BAR = """
+bar {
+    position bottom
+    tray_output none
+}
+"""
 
 
 class SwayDesktop(desktop.Desktop):
     """Windows are named by the numbers of their nodes in sway's tree."""
+
+    has_bar = False  # at the lower edge
 
     def _start_server(self):
         # Its sockets, which it makes as another user than ours where we are root.
         folder = self.folder / "sway"
         folder.mkdir(mode=0o700, exist_ok=True)
         configuration = self.folder / "sway.conf"
-        configuration.write_text(_CONFIGURATION)
+        configuration.write_text(_CONFIGURATION + (_BAR if self.has_bar else ""))
         command = ["sway", "--config", str(configuration)]
         if os.geteuid() == 0:
             user = pwd.getpwnam(_OTHER_USER)
@@ -87,6 +95,16 @@ class SwayDesktop(desktop.Desktop):
 
     def windows_of(self, pid):
         return [node["id"] for node in self._nodes() if node["pid"] == pid]
+
+    def place_of(self, window):
+        rect = next(node["rect"] for node in self._nodes() if node["id"] == window)
+        return rect["x"], rect["y"]
+
+    def work_area(self):
+        """Of the workspace that has the focus: left, top, right, bottom."""
+        rect = next(each["rect"] for each in self.message("-t", "get_workspaces")
+                    if each["focused"])
+        return rect["x"], rect["y"], rect["x"] + rect["width"], rect["y"] + rect["height"]
 
     def focused(self):
         return next((node["id"] for node in self._nodes() if node["focused"]), None)

@@ -56,6 +56,11 @@ bool isOverPanel(QPoint point, const std::vector<ScreenArea>& screens) {
     });
 }
 
+/// Where nobody knows where the pointer was, time alone has to tell.
+bool isSameSpot(std::optional<QPoint> one, std::optional<QPoint> other) {
+    return !one || !other || (*one - *other).manhattanLength() < sameSpot;
+}
+
 } // namespace
 
 AppDelegate::AppDelegate(Surroundings surroundings)
@@ -234,14 +239,14 @@ void AppDelegate::togglePopover(std::optional<QPoint> place) {
         popover_.close();
         return;
     }
-    const QPoint pointer = desktop_.pointerPosition();
+    const auto pointer = desktop_.pointerPosition();
     const auto press = std::exchange(closingPress_, std::nullopt);
     if (press && desktop_.uptime() - press->uptime < longestClick &&
-        (pointer - press->place).manhattanLength() < sameSpot) {
+        isSameSpot(pointer, press->place)) {
         return;
     }
     // Panels do not agree on the pixels they count in; who clicked has the pointer there.
-    if (isOverPanel(pointer, desktop_.screenAreas())) {
+    if (pointer && isOverPanel(*pointer, desktop_.screenAreas())) {
         clicked_ = pointer;
     } else if (place) {
         clicked_ = place;
@@ -310,7 +315,7 @@ void AppDelegate::mousePressed(QPoint place) {
 }
 
 /// By one that may be the first half of a click on the status item, which is not to open it again.
-void AppDelegate::closeByPress(QPoint place) {
+void AppDelegate::closeByPress(std::optional<QPoint> place) {
     closingPress_ = {place, desktop_.uptime()};
     popover_.close();
 }

@@ -92,7 +92,7 @@ private:
     void startPopoverDismissalMonitoring();
     void stopPopoverDismissalMonitoring();
     void mousePressed(QPoint place);
-    void closeByPress(QPoint place);
+    void closeByPress(std::optional<QPoint> place);
     void applicationActivated();
 
     void installEditMenu(SettingsWindow& window);
@@ -121,7 +121,7 @@ private:
     std::unique_ptr<EventMonitor> outsideClickMonitor_;
     std::optional<NotificationCenter::Token> appActivationObserver_;
     struct Press {
-        QPoint place;
+        std::optional<QPoint> place;
         double uptime;
     };
     std::optional<Press> closingPress_; ///< the last press that closed the popover

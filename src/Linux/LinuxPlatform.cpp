@@ -93,7 +93,8 @@ LinuxPlatform::LinuxPlatform()
     , workspace_(*watcher_, entries_, workspaceNotifications_, QCoreApplication::applicationPid(),
                  QStringLiteral("com.brindlework.orvanta"))
     , loginItem_(LinuxLoginItem::Places::ofThisProcess())
-    , appearance_(QDBusConnection::sessionBus(), mainLoop_) {
+    , appearance_(QDBusConnection::sessionBus(), mainLoop_)
+    , swayShell_(xDisplay() ? QByteArray() : qgetenv("SWAYSOCK"), mainLoop_) {
     // libxcb writes to a server that may have died since the last event.
     std::signal(SIGPIPE, SIG_IGN);
     connect(watcher_.get(), &WindowWatcher::stateChanged, this, &Desktop::windowWatchingChanged);
@@ -142,11 +143,13 @@ double LinuxPlatform::uptime() const {
 }
 
 std::vector<ScreenArea> LinuxPlatform::screenAreas() const {
-    return orvanta::screenAreas();
+    auto areas = swayShell_.screenAreas();
+    return areas.empty() ? orvanta::screenAreas() : areas;
 }
 
-QPoint LinuxPlatform::pointerPosition() const {
-    return QCursor::pos();
+std::optional<QPoint> LinuxPlatform::pointerPosition() const {
+    // Wayland tells only those whose window it is over.
+    return qtX11Connection() != nullptr ? std::optional(QCursor::pos()) : std::nullopt;
 }
 
 std::unique_ptr<EventMonitor>
@@ -164,6 +167,7 @@ void LinuxPlatform::place(QWindow& window, QPoint place) {
         plasmaShell_ = std::make_unique<PlasmaShell>();
     }
     plasmaShell_->place(window, place);
+    swayShell_.place(window.title(), place);
 }
 
 void LinuxPlatform::keepInactive(QWindow& window) {

@@ -9,6 +9,7 @@
 #include "Linux/Presence/DayChange.h"
 #include "Linux/Presence/Presence.h"
 #include "Linux/Wayland/PlasmaShell.h"
+#include "Linux/Wayland/SwayShell.h"
 #include "Linux/Windows/WindowWatcher.h"
 #include "Linux/Windows/X11FocusFilter.h"
 #include "Platform/Desktop.h"
@@ -42,7 +43,7 @@ public:
     std::optional<QString> allowWindowWatching() override { return watcher_->allow(); }
     const Appearance& appearance() const override { return appearance_; }
     std::vector<ScreenArea> screenAreas() const override;
-    QPoint pointerPosition() const override;
+    std::optional<QPoint> pointerPosition() const override;
     std::unique_ptr<EventMonitor>
     addGlobalMonitorForMouseDowns(std::function<void(QPoint)> handler) override;
     void updateFrontmost() override { watcher_->update(); }
@@ -63,6 +64,7 @@ private:
     LinuxLoginItem loginItem_;
     LinuxAppearance appearance_;
     X11FocusFilter focusFilter_;
+    SwayShell swayShell_;
     std::unique_ptr<PlasmaShell> plasmaShell_; ///< made when first needed
     std::unique_ptr<Presence> presence_;
     std::unique_ptr<DayChange> dayChange_;

@@ -75,8 +75,8 @@ public:
 
     /// All monitors, the main one first; asked of the desktop anew. Empty when there is none.
     virtual std::vector<ScreenArea> screenAreas() const = 0;
-    /// Where the pointer is now, in the same coordinates.
-    virtual QPoint pointerPosition() const = 0;
+    /// Where the pointer is now, in the same coordinates; absent where the desktop tells nobody.
+    virtual std::optional<QPoint> pointerPosition() const = 0;
     /// Calls `handler` with the place of every press of a mouse button, in whichever application,
     /// as long as the monitor lives. The press reaches whom it is meant for all the same. Null
     /// where the desktop tells nobody of others' presses.

@@ -98,7 +98,9 @@ public:
     std::optional<QString> allowWindowWatching() override { return allow(); }
     const Appearance& appearance() const override { return looks; }
     std::vector<ScreenArea> screenAreas() const override { return screens; }
-    QPoint pointerPosition() const override { return pointer; }
+    std::optional<QPoint> pointerPosition() const override {
+        return arePopupsPlaced ? std::optional(pointer) : std::nullopt;
+    }
     std::unique_ptr<EventMonitor>
     addGlobalMonitorForMouseDowns(std::function<void(QPoint)> handler) override {
         if (!tellsPresses) {

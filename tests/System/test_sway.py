@@ -142,3 +142,20 @@ class Sway(case.SystemTest):
         self.wait_to_count(self.TERMINAL)
         self.ask_to_end()
         self.assertEqual(self.store.integrity(), "ok")
+
+
+class Bar(case.SystemTest):
+    def make_desktop(self):
+        place = sway.SwayDesktop(time_zone=desktop.zone_far_from_midnight())
+        place.has_bar = True
+        return place
+
+    def test_the_panel_is_in_the_corner_at_the_bar(self):
+        place = self.desktop
+        desktop.wait_until(lambda: place.work_area()[3] < 800, "the bar")
+        self.orvanta.start()  # For the first time: the panel opens by itself.
+        panel = desktop.wait_until(lambda: place.windows_of(self.orvanta.process.pid),
+                                   "the panel")[0]
+        _, _, right, bottom = place.work_area()
+        desktop.wait_until(lambda: place.place_of(panel) == (right - 320, bottom - 352),
+                           "its place")

@@ -2,6 +2,7 @@
 
 #include "Linux/MainLoop/ReadableNotifier.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -62,13 +63,14 @@ SwayConnection::~SwayConnection() {
     }
 }
 
-void SwayConnection::send(Type type) {
+void SwayConnection::send(Type type, const QByteArray& text) {
     if (!isOpen()) {
         return;
     }
-    const std::array<std::uint32_t, 2> lengthAndType{0, type};
+    const std::array<std::uint32_t, 2> lengthAndType{static_cast<std::uint32_t>(text.size()), type};
     QByteArray message = magic.toByteArray();
     message.append(reinterpret_cast<const char*>(lengthAndType.data()), sizeof lengthAndType);
+    message.append(text);
     ssize_t sent = 0;
     do {
         sent = ::send(socket_, message.constData(), static_cast<std::size_t>(message.size()),
@@ -78,6 +80,25 @@ void SwayConnection::send(Type type) {
         // A socket without room for a few bytes has a reader that does not read.
         QMetaObject::invokeMethod(this, &SwayConnection::end, Qt::QueuedConnection);
     }
+}
+
+std::optional<QByteArray> SwayConnection::ask(Type type, QDeadlineTimer deadline) {
+    std::optional<QByteArray> answer;
+    const auto listening = connect(this, &SwayConnection::received, this,
+                                   [&answer, type](std::uint32_t of, const QByteArray& text) {
+                                       if (of == type) {
+                                           answer = text;
+                                       }
+                                   });
+    send(type);
+    while (!answer && isOpen() && !deadline.hasExpired()) {
+        pollfd readable{socket_, POLLIN, 0};
+        if (::poll(&readable, 1, static_cast<int>(deadline.remainingTime())) > 0) {
+            receive();
+        }
+    }
+    disconnect(listening);
+    return answer;
 }
 
 void SwayConnection::receive() {

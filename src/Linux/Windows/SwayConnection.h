@@ -1,10 +1,12 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDeadlineTimer>
 #include <QObject>
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 namespace orvanta {
 
@@ -16,7 +18,7 @@ class SwayConnection final : public QObject {
     Q_OBJECT
 
 public:
-    enum Type : std::uint32_t { GetTree = 4 };
+    enum Type : std::uint32_t { RunCommand = 0, GetWorkspaces = 1, GetOutputs = 3, GetTree = 4 };
 
     /// `path` as in $SWAYSOCK.
     explicit SwayConnection(const QByteArray& path);
@@ -28,7 +30,10 @@ public:
     bool isOpen() const { return socket_ >= 0; }
 
     /// Ends the connection, but not within the call, when it is not taken.
-    void send(Type type);
+    void send(Type type, const QByteArray& text = {});
+    /// Sends, and waits for the answer until the deadline at most. What else comes meanwhile is
+    /// `received` as ever.
+    std::optional<QByteArray> ask(Type type, QDeadlineTimer deadline);
 
 Q_SIGNALS:
     /// An answer. Not within `send`.
