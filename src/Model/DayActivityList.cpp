@@ -5,9 +5,6 @@
 
 namespace orvanta {
 
-DayActivityList::DayActivityList(KeyTable& keys)
-    : keys_(keys) {}
-
 std::size_t DayActivityList::size() const {
     complete();
     return seconds_.size();

@@ -17,8 +17,6 @@ namespace orvanta {
 /// days in order of time.
 class DayActivityList {
 public:
-    explicit DayActivityList(KeyTable& keys);
-
     std::size_t size() const;
 
     /// The seconds of this day and key; absent when there is no such record.
@@ -99,7 +97,6 @@ private:
     void set(Day day, KeyId key, std::optional<std::size_t> index, double seconds);
     void insert(Day day, KeyId key, double seconds);
 
-    KeyTable& keys_;
     // Whoever asks does not see whether the older records were there or have just been read.
     mutable std::vector<Group> days_;
     mutable std::vector<KeyId> recordKeys_;

@@ -99,8 +99,7 @@ struct ModelContext::Statements {
 
 ModelContext::ModelContext(Database& database)
     : database_(database)
-    , activities_(keys_)
-    , dayActivities_(keys_) {}
+    , activities_(keys_) {}
 
 ModelContext::~ModelContext() = default;
 
