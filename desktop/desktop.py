@@ -185,6 +185,23 @@ class Desktop:
             if name in os.environ:
                 self.environment[name] = os.environ[name]
 
+    def start_logind(self, *sessions):
+        """Plays it on a system bus of the desktop's own."""
+        socket = self.folder / "runtime" / "system-bus"
+        self.environment["DBUS_SYSTEM_BUS_ADDRESS"] = f"unix:path={socket}"
+        self.spawn(["dbus-daemon", "--session", f"--address=unix:path={socket}", "--nofork",
+                    "--nopidfile"])
+        wait_until(socket.exists, "a system bus")
+        self.spawn(["/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"])
+        self.run("gdbus", "wait", "--system", "--timeout", "20", "org.freedesktop.login1")
+        for session in sessions:
+            self.call_logind("", "org.freedesktop.DBus.Mock.AddSession", session, "seat0",
+                             str(os.getuid()), "somebody", "true")
+
+    def call_logind(self, below, method, *arguments):
+        self.run("gdbus", "call", "--system", "--dest", "org.freedesktop.login1", "--object-path",
+                 f"/org/freedesktop/login1{below}", "--method", method, *arguments)
+
     def _start_server(self):
         reading, writing = os.pipe()
         try:

@@ -74,7 +74,7 @@ class GnomeDesktop(desktop.Desktop):
             shutil.copytree(self._extension, self.extensions / EXTENSION)
             enabled.append(EXTENSION)
         self.run("gsettings", "set", "org.gnome.shell", "enabled-extensions", str(enabled))
-        self._start_logind()
+        self.start_logind()
         self._start_shell()
 
     @property
@@ -85,16 +85,6 @@ class GnomeDesktop(desktop.Desktop):
     def enabled_extensions(self):
         return re.findall("'([^']+)'", self.run("gsettings", "get", "org.gnome.shell",
                                                 "enabled-extensions"))
-
-    def _start_logind(self):
-        """As much of it as the shell needs to start."""
-        socket = self.folder / "runtime" / "system-bus"
-        self.environment["DBUS_SYSTEM_BUS_ADDRESS"] = f"unix:path={socket}"
-        self.spawn(["dbus-daemon", "--session", f"--address=unix:path={socket}", "--nofork",
-                    "--nopidfile"])
-        desktop.wait_until(socket.exists, "a system bus")
-        self.spawn(["/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"])
-        self.run("gdbus", "wait", "--system", "--timeout", "20", "org.freedesktop.login1")
 
     def _start_shell(self):
         self.server = self.spawn(

@@ -1,6 +1,6 @@
 """A virtual Wayland desktop under KWin, with what desktop.Desktop has besides.
 
-Needs kwin-wayland, libkf5service-bin, xwayland and xterm.
+Needs kwin-wayland, libkf5service-bin, qtwayland5 (for its locker), xwayland and xterm.
 """
 
 import re
@@ -12,6 +12,9 @@ import desktop
 
 _RUNNER = ("org.kde.KWin", "/WindowsRunner")
 _SCRIPTING = ("org.kde.KWin", "/Scripting")
+_SAVER = ("org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver",
+          "org.freedesktop.ScreenSaver")
+_SESSION = "auto"  # the name of a caller's own one
 
 # KWin tells its log which process has which window, and which has the focus.
 _SPY = """
@@ -47,6 +50,9 @@ class KWinDesktop(desktop.Desktop):
         self._program = self.folder / "kwin_wayland"
         shutil.copyfile("/usr/bin/kwin_wayland", self._program)
         self._program.chmod(stat.S_IRWXU)
+        # Nobody is there, and yet it shall lock only when it is told to.
+        (self.folder / "config" / "kscreenlockerrc").write_text("[Daemon]\nAutolock=false\n")
+        self.start_logind(_SESSION)
         self._start_kwin()
 
     def _start_kwin(self):
@@ -57,7 +63,7 @@ class KWinDesktop(desktop.Desktop):
         application.chmod(stat.S_IRWXU)
         self.server = self.spawn(
             [str(self._program), "--virtual", "--width", "1280", "--height", "800",
-             "--no-lockscreen", "--no-global-shortcuts", "--xwayland",
+             "--no-global-shortcuts", "--xwayland",
              "--socket", self.environment["WAYLAND_DISPLAY"], str(application)],
             environment=self.environment | {"QT_LOGGING_RULES": "*.debug=false;js*=true;"
                                                                 "kwin_scripting.debug=true"})
@@ -115,6 +121,21 @@ class KWinDesktop(desktop.Desktop):
         """Left, top."""
         told = self.call("org.kde.KWin", "/KWin", "org.kde.KWin.getWindowInfo", window)
         return tuple(float(re.search(rf"'{name}': <([\d.-]+)>", told)[1]) for name in "xy")
+
+    def _is_locked(self):
+        destination, path, interface = _SAVER
+        return "true" in self.call(destination, path, f"{interface}.GetActive")
+
+    def lock(self):
+        destination, path, interface = _SAVER
+        self.call(destination, path, f"{interface}.Lock")
+        desktop.wait_until(self._is_locked, "the locker")
+
+    def unlock(self):
+        """As `loginctl unlock-session` does."""
+        self.call_logind(f"/session/{_SESSION}", "org.freedesktop.DBus.Mock.EmitSignal",
+                         "org.freedesktop.login1.Session", "Unlock", "", "[]")
+        desktop.wait_until(lambda: not self._is_locked(), "the locker's end")
 
     def minimize(self, window):
         self._evaluate(f"minimize-{time.monotonic_ns()}", f"""

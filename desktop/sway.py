@@ -1,11 +1,12 @@
 """A virtual Wayland desktop under sway, headless, with what desktop.Desktop has besides.
 
-Needs sway, wtype and foot; grim for screenshots.
+Needs sway, swaylock, wtype and foot; grim for screenshots.
 """
 
 import json
 import os
 import pwd
+import signal
 import time
 
 import desktop
@@ -105,6 +106,12 @@ class SwayDesktop(desktop.Desktop):
         rect = next(each["rect"] for each in self.message("-t", "get_workspaces")
                     if each["focused"])
         return rect["x"], rect["y"], rect["x"] + rect["width"], rect["y"] + rect["height"]
+
+    def lock(self):
+        self._locker = self.spawn(["swaylock", "--color", "203040"])
+
+    def unlock(self):
+        self._locker.send_signal(signal.SIGUSR1)  # Lets the person in.
 
     def focused(self):
         return next((node["id"] for node in self._nodes() if node["focused"]), None)

@@ -26,18 +26,9 @@ class KWin(test_sway.Sway):
         """No keys can be pressed on a KWin without a display."""
         self.desktop.activate(window)
 
-    def test_nothing_counts_behind_a_locker_or_without_a_window(self):
-        place = self.desktop
-        terminal = place.launch_terminal()
-        self.orvanta.start()
-        self.wait_to_count(self.TERMINAL)
-        place.minimize(terminal)
-        time.sleep(2)  # Until what was before it has been booked.
-        before = self.store.session_seconds()
-        time.sleep(6)
-        self.assertEqual(self.store.session_seconds(), before)
-        place.activate(terminal)
-        self.wait_to_count(self.TERMINAL)
+    def absences(self, terminal):
+        return ((self.desktop.lock, self.desktop.unlock),
+                (lambda: self.desktop.minimize(terminal), lambda: self.desktop.activate(terminal)))
 
     def test_the_panel_opens_where_its_item_was_clicked(self):
         terminal = self.desktop.launch_terminal()
