@@ -12,7 +12,6 @@ SettingsWindow::SettingsWindow(QWidget* content)
                                Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
                                Qt::WindowCloseButtonHint) {
     setWindowTitle(QStringLiteral("Ajustes do orvanta"));
-    content->setFixedSize(contentSize);
     setCentralWidget(content);
     layout()->setSizeConstraint(QLayout::SetFixedSize);
 }

@@ -9,10 +9,7 @@ class SettingsWindow final : public QMainWindow {
     Q_OBJECT
 
 public:
-    /// Of what is in it, in device-independent pixels.
-    static constexpr QSize contentSize{564, 454};
-
-    /// Takes the content over.
+    /// Takes the content over, whose size is fixed.
     explicit SettingsWindow(QWidget* content);
 
     /// In the middle of this area; where that is too small, with the title bar inside.

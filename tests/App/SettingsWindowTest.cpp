@@ -23,6 +23,7 @@ namespace {
 class SettingsWindowTest : public testing::Test {
 protected:
     SettingsWindowTest() {
+        field->setFixedSize(500, 420);
         installMainMenu(window, {.showAbout = [this] { said.append(u"about"_s); },
                                  .showSettings = [this] { said.append(u"settings"_s); },
                                  .terminate =
