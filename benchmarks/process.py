@@ -6,6 +6,7 @@ each other's PSS.
 """
 
 import argparse
+import functools
 import pathlib
 import plistlib
 import sys
@@ -14,6 +15,8 @@ import time
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "desktop"))
 
 import desktop  # noqa: E402 (the path has just been set)
+import gnome  # noqa: E402
+import kwin  # noqa: E402
 import sway  # noqa: E402
 
 # Between two changes of what is in front.
@@ -29,6 +32,13 @@ QUIET_AFTER = 2.0
 STEADY = 120
 
 MIB = 1024 * 1024
+
+# Desktops on which the person has let this executable see what is in front.
+COMPOSITORS = {
+    "gnome": lambda executable, **more: gnome.GnomeDesktop(executable=executable, **more),
+    "kwin": lambda executable, **more: kwin.KWinDesktop(executable=executable, **more),
+    "sway": lambda executable, **more: sway.SwayDesktop(**more),
+}
 
 
 class Reading:
@@ -216,8 +226,8 @@ def parse():
                         help="measure also with no window in front")
     parser.add_argument("--resting", action="store_true",
                         help="measure only the rest: paused, and with the displays off")
-    parser.add_argument("--sway", action="store_true",
-                        help="on Wayland under sway instead of an X server")
+    parser.add_argument("--compositor", choices=sorted(COMPOSITORS),
+                        help="on Wayland under this one instead of an X server")
     parser.add_argument("--store", type=pathlib.Path,
                         help="start from a copy of this store")
     parser.add_argument("--executable", type=pathlib.Path, default=build / "orvanta")
@@ -231,7 +241,8 @@ def main():
     if arguments.store and not arguments.store.is_file():
         sys.exit(f"process.py: {arguments.store} is not there")
     idle = bare_idle = None
-    make_desktop = sway.SwayDesktop if arguments.sway else desktop.Desktop
+    make_desktop = (functools.partial(COMPOSITORS[arguments.compositor], arguments.executable)
+                    if arguments.compositor else desktop.Desktop)
     steady = min(arguments.seconds, STEADY)
     try:
         if arguments.resting:

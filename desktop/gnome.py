@@ -5,6 +5,7 @@ Needs gnome-shell, foot and python3-dbusmock.
 
 import contextlib
 import json
+import pathlib
 import re
 import shutil
 import time
@@ -45,13 +46,19 @@ _WINDOWS = ("global.get_window_actors().map(a => a.meta_window)"
             ".filter(w => !w.is_override_redirect())")
 
 
+def shipped_extension(executable):
+    """In the form that Debian 12's shell takes."""
+    return pathlib.Path(executable).parent / "gnome" / "42"
+
+
 class GnomeDesktop(desktop.Desktop):
     """Windows are named by their sequence numbers in the shell."""
 
-    def __init__(self, time_zone=None, extension=None):
-        """`extension`: a folder with one that was installed at an earlier time."""
+    def __init__(self, time_zone=None, executable=None):
+        """`executable`: of Orvanta, where the extension that was built beside it was let in at an
+        earlier time."""
         super().__init__(time_zone)
-        self._extension = extension
+        self._executable = executable
 
     def _start_server(self):
         """The bus comes first: start_window_manager() starts the shell."""
@@ -70,8 +77,8 @@ class GnomeDesktop(desktop.Desktop):
             "uuid": _HELPER, "name": "Desktop", "description": "For tests",
             "shell-version": [version], "session-modes": ["user", "unlock-dialog"]}))
         enabled = [_HELPER]
-        if self._extension:
-            shutil.copytree(self._extension, self.extensions / EXTENSION)
+        if self._executable:
+            shutil.copytree(shipped_extension(self._executable), self.extensions / EXTENSION)
             enabled.append(EXTENSION)
         self.run("gsettings", "set", "org.gnome.shell", "enabled-extensions", str(enabled))
         self.start_logind()

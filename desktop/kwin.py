@@ -3,6 +3,7 @@
 Needs kwin-wayland, libkf5service-bin, qtwayland5 (for its locker), xwayland and xterm.
 """
 
+import pathlib
 import re
 import shutil
 import stat
@@ -15,6 +16,8 @@ _SCRIPTING = ("org.kde.KWin", "/Scripting")
 _SAVER = ("org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver",
           "org.freedesktop.ScreenSaver")
 _SESSION = "auto"  # the name of a caller's own one
+_ENTRY = (pathlib.Path(__file__).resolve().parent.parent / "packaging"
+          / f"{desktop.DOMAIN}.desktop.in")
 
 # KWin tells its log which process has which window, and which has the focus.
 _SPY = """
@@ -30,10 +33,10 @@ class KWinDesktop(desktop.Desktop):
     """Windows are named by their UUIDs in KWin. The terminal is one of the X server that is its
     guest."""
 
-    def __init__(self, time_zone=None, entry=None):
-        """`entry`: the text of a desktop entry that was installed at an earlier time."""
+    def __init__(self, time_zone=None, executable=None):
+        """`executable`: of Orvanta, where its desktop entry was installed at an earlier time."""
         super().__init__(time_zone)
-        self._entry = entry
+        self._executable = executable
 
     def _start_server(self):
         """The bus comes first: start_window_manager() starts KWin."""
@@ -41,10 +44,11 @@ class KWinDesktop(desktop.Desktop):
                              "WAYLAND_DISPLAY": "wayland-kwin"}
 
     def start_window_manager(self):
-        if self._entry:
+        if self._executable:
             folder = self.folder / "data" / "applications"
             folder.mkdir()
-            (folder / f"{desktop.DOMAIN}.desktop").write_text(self._entry)
+            (folder / f"{desktop.DOMAIN}.desktop").write_text(
+                _ENTRY.read_text().replace("@exec@", str(pathlib.Path(self._executable).resolve())))
         self.run("kbuildsycoca5", "--noincremental")
         # The original carries a file capability, which not everybody may execute.
         self._program = self.folder / "kwin_wayland"

@@ -2,7 +2,6 @@
 window has the focus gets there."""
 
 import os
-import pathlib
 import time
 
 import case
@@ -11,12 +10,13 @@ import gnome
 import test_sway
 from test_sway import FOOT
 
-EXTENSION = pathlib.Path(os.environ["ORVANTA_EXECUTABLE"]).parent / "gnome" / "42"
+EXECUTABLE = os.environ["ORVANTA_EXECUTABLE"]
 
 
 class Gnome(test_sway.Sway):
     def make_desktop(self):
-        return gnome.GnomeDesktop(time_zone=desktop.zone_far_from_midnight(), extension=EXTENSION)
+        return gnome.GnomeDesktop(time_zone=desktop.zone_far_from_midnight(),
+                                  executable=EXECUTABLE)
 
     def absences(self, terminal):
         place = self.desktop
@@ -42,7 +42,7 @@ class Agreement(case.SystemTest):
         place = self.desktop
         installed = place.extensions / gnome.EXTENSION
         script = installed / "extension.js"
-        shipped = (EXTENSION / "extension.js").read_text()
+        shipped = (gnome.shipped_extension(EXECUTABLE) / "extension.js").read_text()
         self.prefer("", setupDoneV1=True)
         terminal = place.launch_terminal()
         self.orvanta.start()

@@ -1,7 +1,6 @@
 """On KWin: what test_sway sees on sway, with a terminal of the X server that is KWin's guest."""
 
 import os
-import pathlib
 import re
 import time
 
@@ -10,17 +9,13 @@ import desktop
 import kwin
 import test_sway
 
-ENTRY = (pathlib.Path(__file__).resolve().parents[2] / "packaging"
-         / f"{desktop.DOMAIN}.desktop.in").read_text()
-
 
 class KWin(test_sway.Sway):
     TERMINAL = case.XTERM
 
     def make_desktop(self):
-        return kwin.KWinDesktop(
-            time_zone=desktop.zone_far_from_midnight(),
-            entry=ENTRY.replace("@exec@", os.path.abspath(os.environ["ORVANTA_EXECUTABLE"])))
+        return kwin.KWinDesktop(time_zone=desktop.zone_far_from_midnight(),
+                                executable=os.environ["ORVANTA_EXECUTABLE"])
 
     def leave_panel_for(self, window):
         """No keys can be pressed on a KWin without a display."""
