@@ -32,11 +32,26 @@ Activity& ActivityList::append(const QString& key, const QString& name, Category
 }
 
 Activity& ActivityList::append(const Stored& stored) {
+    if (Activity* const made = find(stored.key); made != nullptr && made->primaryKey_ == 0) {
+        join(*made, stored);
+        return *made;
+    }
     Activity& activity = append(stored.key, stored.name, stored.categoryValue, stored.seconds);
     activity.primaryKey_ = stored.primaryKey;
     activity.lastUsedAt_ = stored.lastUsedAt;
     activity.previousCategoryValue_ = stored.previousCategoryValue;
     return activity;
+}
+
+void ActivityList::join(Activity& made, const Stored& stored) {
+    made.primaryKey_ = stored.primaryKey;
+    made.name_ = stored.name;
+    made.setCategoryValue(stored.categoryValue);
+    made.setPreviousCategoryValue(stored.previousCategoryValue);
+    made.setSeconds(made.seconds() + stored.seconds);
+    if (!made.lastUsedAt()) {
+        made.setLastUsedAt(stored.lastUsedAt);
+    }
 }
 
 Activity& ActivityList::append(const QString& key, const QString& name,

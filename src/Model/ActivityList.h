@@ -57,6 +57,8 @@ public:
         std::optional<Date> lastUsedAt;
         std::optional<QString> previousCategoryValue;
     };
+    /// One that was made here before the store could be read has the store's seconds on top of its
+    /// own, and all else from the store.
     Activity& append(const Stored& stored);
 
     /// The records with changes, for writing them. `primaryKey` is 0 for one that the store does
@@ -74,6 +76,7 @@ private:
     friend class Activity;
     Activity& append(const QString& key, const QString& name, const QString& categoryValue,
                      double seconds);
+    void join(Activity& made, const Stored& stored);
     void noteChange(std::size_t row);
 
     KeyTable& keys_;

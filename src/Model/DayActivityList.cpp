@@ -34,6 +34,7 @@ void DayActivityList::set(Day day, KeyId key, std::optional<std::size_t> index, 
         seconds_[*index] = seconds;
     } else {
         insert(day, key, seconds);
+        new_.insert({day, key});
     }
     days_[static_cast<std::size_t>(groupAt(day) - days_.cbegin())].generation = ++generation_;
     changed_.insert({day, key});

@@ -60,10 +60,14 @@ public:
     };
     /// The records with changes, by day, for writing them.
     const std::set<Place>& pending() const { return changed_; }
+    /// Whether this one was made here since the last save. Should the store have it all the same,
+    /// which it does if it could not be read, then these seconds come on top of the store's.
+    bool isNew(Place place) const { return new_.contains(place); }
 
     /// The store has everything now.
     void settle() {
         changed_.clear();
+        new_.clear();
         cleared_ = false;
     }
 
@@ -107,6 +111,7 @@ private:
     Day since_;
     bool cleared_ = false;
     std::set<Place> changed_; ///< in one order: rows are numbered in it
+    std::set<Place> new_;     ///< those of them that were made
 };
 
 } // namespace orvanta

@@ -74,7 +74,7 @@ struct ModelContext::Statements {
                                       "ZID, ZDAY, ZKEY) VALUES (?3, 2, 1, ?1, ?2, ?4, ?5)")
         , updateDayActivity(database, "UPDATE ZDAYACTIVITY SET Z_OPT = IFNULL(Z_OPT, 0) + 1, "
                                       "ZSECONDS = ?1 WHERE Z_PK = ?2")
-        , findDayActivity(database, "SELECT Z_PK FROM ZDAYACTIVITY WHERE ZID = ?1")
+        , findDayActivity(database, "SELECT Z_PK, ZSECONDS FROM ZDAYACTIVITY WHERE ZID = ?1")
         , deleteDayActivities(database, "DELETE FROM ZDAYACTIVITY")
         // The highest key ever given out; a table that is ahead of its counter is believed.
         , lastActivityKey(database,
@@ -104,6 +104,7 @@ ModelContext::ModelContext(Database& database)
 ModelContext::~ModelContext() = default;
 
 void ModelContext::fetchActivities() {
+    areActivitiesUnread_ = true;
     std::vector<ActivityList::Stored> records;
     Statement rows(database_, "SELECT Z_PK, ZKEY, ZNAME, ZCATEGORYVALUE, ZSECONDS, ZLASTUSEDAT, "
                               "ZPREVIOUSCATEGORYVALUE FROM ZACTIVITY ORDER BY Z_PK");
@@ -120,6 +121,7 @@ void ModelContext::fetchActivities() {
     for (const ActivityList::Stored& record : records) {
         activities_.append(record);
     }
+    areActivitiesUnread_ = false;
 }
 
 void ModelContext::fetchDayActivities(Day since) {
@@ -178,6 +180,9 @@ void ModelContext::save() {
     if (!hasChanges()) {
         return;
     }
+    if (areActivitiesUnread_) {
+        fetchActivities();
+    }
     if (!statements_) {
         statements_ = std::make_unique<Statements>(database_);
     }
@@ -185,7 +190,12 @@ void ModelContext::save() {
     PrimaryKeys activityKeys(s.lastActivityKey, s.writeLastKey, activityEntity);
     PrimaryKeys dayActivityKeys(s.lastDayActivityKey, s.writeLastKey, dayActivityEntity);
     std::vector<std::pair<qint64*, qint64>> given;
-    std::vector<std::pair<DayActivityList::Place, qint64>> givenDays;
+    struct GivenDay {
+        DayActivityList::Place place;
+        qint64 primaryKey;
+        double seconds;
+    };
+    std::vector<GivenDay> givenDays;
 
     Transaction transaction(s.transaction);
     for (const auto& [activity, primaryKey] : activities_.pending()) {
@@ -221,7 +231,7 @@ void ModelContext::save() {
         return database_.changes() > 0; // Another program may have removed the row.
     };
     for (const DayActivityList::Place place : dayActivities_.pending()) {
-        const double seconds = dayActivities_.seconds(place.day, place.key).value_or(0);
+        double seconds = dayActivities_.seconds(place.day, place.key).value_or(0);
         const auto row = dayActivityRows_.find(place);
         if (row != dayActivityRows_.end() && updateDay(row->second, seconds)) {
             continue;
@@ -231,6 +241,9 @@ void ModelContext::save() {
         s.findDayActivity.bind(1, id);
         const bool exists = s.findDayActivity.step();
         const qint64 primaryKey = exists ? s.findDayActivity.integer(0) : dayActivityKeys.next();
+        if (exists && dayActivities_.isNew(place)) {
+            seconds += s.findDayActivity.real(1);
+        }
         s.findDayActivity.reset();
         if (exists) {
             updateDay(primaryKey, seconds);
@@ -242,7 +255,7 @@ void ModelContext::save() {
                 .bind(5, key)
                 .run();
         }
-        givenDays.emplace_back(place, primaryKey);
+        givenDays.push_back({place, primaryKey, seconds});
     }
     activityKeys.write();
     dayActivityKeys.write();
@@ -251,8 +264,9 @@ void ModelContext::save() {
     for (const auto& [primaryKey, value] : given) {
         *primaryKey = value;
     }
-    for (const auto& [place, primaryKey] : givenDays) {
+    for (const auto& [place, primaryKey, seconds] : givenDays) {
         dayActivityRows_[place] = primaryKey;
+        dayActivities_.setSeconds(place.day, place.key, seconds);
     }
     activities_.settle();
     dayActivities_.settle();

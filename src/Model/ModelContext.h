@@ -31,7 +31,8 @@ public:
     const KeyTable& keys() const { return keys_; }
 
     /// Read all records of a type, in the store's order; each is called once, before any is made.
-    /// On an error, which is thrown as `ModelError`, the list stays empty.
+    /// On an error, which is thrown as `ModelError`, the list stays empty. The activities are then
+    /// read by the next save, which else would make again what the store has.
     void fetchActivities();
     /// Day records from `since` on; the older ones, ten years of which take longer than all else at
     /// a start, are read when something asks for them. Should that fail, `historyError` tells why,
@@ -59,6 +60,7 @@ private:
     /// Of the records that were written. The way there by their identity goes down a deep index.
     std::map<DayActivityList::Place, qint64> dayActivityRows_;
     std::optional<ModelError> historyError_;
+    bool areActivitiesUnread_ = false;
     std::unique_ptr<Statements> statements_;
 };
 

@@ -51,8 +51,12 @@ void Tracker::save() {
 }
 
 bool Tracker::saveOr(const QString& problem) {
+    const std::size_t known = activities_.size();
     try {
         context_.save();
+        if (activities_.size() != known) { // What the start could not read.
+            Q_EMIT activitiesChanged();
+        }
         return true;
     } catch (const ModelError& error) {
         setStorageError(problem + error.localizedDescription());

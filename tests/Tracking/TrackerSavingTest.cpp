@@ -85,19 +85,38 @@ TEST_F(TrackerSavingTest, OneOffStepsThatCouldNotBeSavedRunAgainAtTheNextStart) 
     other.execute("ROLLBACK");
 }
 
-TEST_F(TrackerSavingTest, TellsWhichRecordsCouldNotBeReadAndTracksAllTheSame) {
+TEST_F(TrackerSavingTest, WhatCouldNotBeReadIsToldAndLosesNothing) {
     const auto noDay = u"Não foi possível ler o histórico: no such column: ZDAY"_s;
     const QByteArray hideDay = "ALTER TABLE ZDAYACTIVITY RENAME COLUMN ZDAY TO ZAWAY";
     const QByteArray showDay = "ALTER TABLE ZDAYACTIVITY RENAME COLUMN ZAWAY TO ZDAY";
+    const QByteArray hideName = "ALTER TABLE ZACTIVITY RENAME COLUMN ZNAME TO ZAWAY";
+    const QByteArray showName = "ALTER TABLE ZACTIVITY RENAME COLUMN ZAWAY TO ZNAME";
+    const auto restartAfter = [this](const QByteArray& sql) {
+        world.nothingInFront();
+        world.tracker.reset();
+        world.container.reset();
+        world.open();
+        other.execute(sql);
+        world.begin();
+    };
     world.begin();
+    world.front("b");
+    world.pass(3);
     world.front("a");
     world.pass(5);
-    world.tracker->stop();
-    other.execute(hideDay);
-    world.construct();
+    world.activity("app:a").setCategory(Category::production);
+
+    restartAfter(hideDay);
     EXPECT_EQ(error(), noDay);
     EXPECT_EQ(world.seconds("app:a"), 5);
     other.execute(showDay);
+    world.front("a");
+    for (const int expected : {10, 15}) { // Added to what stands there, and that once.
+        world.pass(5);
+        EXPECT_EQ(other.integer("SELECT ZSECONDS FROM ZDAYACTIVITY WHERE ZKEY = 'app:a'"),
+                  expected);
+        EXPECT_EQ(world.daySeconds("2024-03-05", "app:a"), expected);
+    }
     world.restart();
     EXPECT_FALSE(error());
     other.execute(hideDay);
@@ -105,14 +124,23 @@ TEST_F(TrackerSavingTest, TellsWhichRecordsCouldNotBeReadAndTracksAllTheSame) {
     EXPECT_EQ(error(), noDay);
     other.execute(showDay);
 
-    world.tracker.reset();
-    world.container.reset();
-    world.open();
-    other.execute("ALTER TABLE ZACTIVITY RENAME COLUMN ZNAME TO ZAWAY");
-    world.begin();
+    restartAfter(hideName);
     EXPECT_TRUE(error()->contains(u"ZNAME"_s));
-    other.execute("ALTER TABLE ZACTIVITY RENAME COLUMN ZAWAY TO ZNAME");
-    world.front("new");
-    world.pass(5);
-    EXPECT_EQ(world.seconds("app:new"), 5);
+    world.front("a");
+    world.pass(8);
+    EXPECT_EQ(world.seconds("app:a"), 8);
+    EXPECT_EQ(world.find("app:b"), nullptr);
+    EXPECT_TRUE(error()->contains(u"ZNAME"_s));
+    other.execute(showName);
+    int told = 0;
+    QObject::connect(world.tracker.get(), &Tracker::activitiesChanged, [&told] { ++told; });
+    world.pass(2);
+    EXPECT_FALSE(error());
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(stored("app:a"), 25);
+    EXPECT_EQ(world.activity("app:a").category(), Category::production);
+    EXPECT_EQ(world.seconds("app:b"), 3);
+    world.restart();
+    EXPECT_EQ(world.seconds("app:a"), 25);
+    world.checkInvariants();
 }
