@@ -125,25 +125,31 @@ void BrowserTransport::attempt(Requests::iterator request) {
 
     if (surroundings_.isOwnWindowOpen()) {
         const BrowserConnection* last = *std::ranges::max_element(connections, byLastFocus);
-        finish(request,
-               replyWith(last->state()->lastFocusedAt ? last->state()->origin : std::nullopt));
+        const bool wasInFront = last->state()->lastFocusedAt > noWindowAt_;
+        finish(request, replyWith(wasInFront ? last->state()->origin : std::nullopt));
         return;
     }
     double changedAt = request->process == frontmostProcess_ ? frontmostSince_ : 0;
     for (const BrowserConnection* connection : connections) {
         changedAt = std::max(changedAt, connection->state()->changedAt);
     }
+    if (hasSettled(changedAt)) {
+        noWindowAt_ = surroundings_.now();
+    }
     settle(request, changedAt);
 }
 
+bool BrowserTransport::hasSettled(double changedAt) const {
+    return changedAt + settlingTime <= surroundings_.now();
+}
+
 void BrowserTransport::settle(Requests::iterator request, double changedAt) {
-    const double left = changedAt + settlingTime - surroundings_.now();
-    if (left <= 0) {
+    if (hasSettled(changedAt)) {
         finish(request, replyWith(std::nullopt));
         return;
     }
-    request->settling =
-        surroundings_.mainLoop.once(Duration(left), [this, request] { attempt(request); });
+    const Duration left(changedAt + settlingTime - surroundings_.now());
+    request->settling = surroundings_.mainLoop.once(left, [this, request] { attempt(request); });
 }
 
 void BrowserTransport::finish(Requests::iterator request, const std::optional<AppleEvent>& reply) {

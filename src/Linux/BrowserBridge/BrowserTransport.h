@@ -7,6 +7,7 @@
 
 #include <QObject>
 
+#include <limits>
 #include <list>
 #include <memory>
 #include <vector>
@@ -57,6 +58,7 @@ private:
     /// Answers the request if that is possible now, or sees to it that it will be.
     void attempt(Requests::iterator request);
     bool isFresh(const BrowserConnection& connection) const;
+    bool hasSettled(double changedAt) const;
     /// Answers that there is no address, once that has been so for long enough.
     void settle(Requests::iterator request, double changedAt);
     void finish(Requests::iterator request, const std::optional<AppleEvent>& reply);
@@ -66,6 +68,9 @@ private:
     NotificationCenter::Token observer_;
     qint64 frontmostProcess_ = 0;
     double frontmostSince_ = 0;
+    /// When the browser in front last was found to have no window that we may see in front. A
+    /// window of ours that opens then covers a private one.
+    double noWindowAt_ = -std::numeric_limits<double>::infinity();
     Requests requests_;
 };
 
