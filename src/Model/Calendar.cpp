@@ -8,7 +8,7 @@ namespace orvanta {
 namespace {
 
 QDateTime atUtc(qint64 seconds) {
-    return QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC);
+    return QDateTime::fromSecsSinceEpoch(seconds, QTimeZone::utc());
 }
 
 QDateTime localTime(Date date, const QTimeZone& zone) {
@@ -22,7 +22,7 @@ QDateTime localTime(Date date, const QTimeZone& zone) {
 /// Azores, would begin after its own first hour.
 Date fromLocalTime(QDate date, QTime time, const QTimeZone& zone) {
     constexpr qint64 aDay = 86400; // Zones do not change twice within two.
-    const qint64 shown = QDateTime(date, time, Qt::UTC).toSecsSinceEpoch();
+    const qint64 shown = QDateTime(date, time, QTimeZone::utc()).toSecsSinceEpoch();
     const int before = zone.offsetFromUtc(atUtc(shown - aDay));
     const int after = zone.offsetFromUtc(atUtc(shown + aDay));
     qint64 moment = shown - before;

@@ -163,7 +163,7 @@ QByteArray binaryOf(plist_t node) {
     uint32_t length = 0;
     plist_to_bin(node, &bytes, &length);
     QByteArray result(bytes, static_cast<qsizetype>(length));
-    plist_to_bin_free(bytes);
+    std::free(bytes); // Its own function for that has another name in each version.
     return result;
 }
 

@@ -270,9 +270,9 @@ TEST_F(BrowserBridgeTest, BadBytesEndTheirConnectionAndNoOther) {
     const QByteArray rows[] = {
         QByteArray(4, '\0'),
         QByteArray(4, '\xff'),
-        "\3\0\0\0{\xff}"_qba,
-        "\2\0\0\0{}"_qba,
-        "\7\0\0\0{\"v\":2}"_qba,
+        "\3\0\0\0{\xff}"_ba,
+        "\2\0\0\0{}"_ba,
+        "\7\0\0\0{\"v\":2}"_ba,
         [&message] {
             const FrameHeader header = frameHeader(static_cast<std::size_t>(message.size()));
             return (QByteArray(header.data(), header.size()) + message).repeated(200);
@@ -293,7 +293,7 @@ TEST_F(BrowserBridgeTest, BadBytesEndTheirConnectionAndNoOther) {
     {
         Host leaving(socket);
         ask(firefox);
-        leaving.send("\x9\0\0"_qba); // In the middle of a frame.
+        leaving.send("\x9\0\0"_ba); // In the middle of a frame.
     }
     settle();
     EXPECT_EQ(taken(), QStringList{u"failed"_s});

@@ -33,8 +33,8 @@ TEST_F(DurabilityTest, WhereverTheDiskFailsTheNextStartFindsTheOldOrTheNew) {
     const char* keys = "SELECT group_concat(ZKEY) FROM (SELECT ZKEY FROM ZACTIVITY ORDER BY Z_PK)";
     for (const auto& [imports, onlyOnce] :
          {std::pair(false, false), {false, true}, {true, false}, {true, true}}) {
-        const QByteArray old = imports ? "app:a,app:b"_qba : "NULL"_qba;
-        const QByteArray changed = imports ? old + ",app:new"_qba : "app:new"_qba;
+        const QByteArray old = imports ? "app:a,app:b"_ba : "NULL"_ba;
+        const QByteArray changed = imports ? old + ",app:new"_ba : "app:new"_ba;
         bool hasFailed = true;
         for (int change = 1; hasFailed; ++change) {
             SCOPED_TRACE(testing::Message() << imports << " " << onlyOnce << " " << change);
@@ -59,7 +59,7 @@ TEST_F(DurabilityTest, WhereverTheDiskFailsTheNextStartFindsTheOldOrTheNew) {
                 EXPECT_EQ(read(older, keys), old);
             }
             fileUnder(u"app:next"_s);
-            EXPECT_EQ(read(keys), found == "NULL" ? "app:next"_qba : found + ",app:next"_qba);
+            EXPECT_EQ(read(keys), found == "NULL" ? "app:next"_ba : found + ",app:next"_ba);
             ASSERT_FALSE(HasFailure());
         }
     }

@@ -150,7 +150,7 @@ TEST_F(ImportTest, OnlyAStoreOfTheOlderShapeIsTakenAndTheFirstOfTwo) {
         empty();
         for (const auto& [name, key] : {std::pair(older, "first"), std::pair(oldest, "second")}) {
             CoreDataStore::make(name,
-                                "INSERT INTO ZACTIVITY (Z_PK, ZKEY) VALUES (9, '"_qba + key + "')");
+                                "INSERT INTO ZACTIVITY (Z_PK, ZKEY) VALUES (9, '"_ba + key + "')");
             Database(name).execute("PRAGMA wal_checkpoint(TRUNCATE)");
         }
         prepare();

@@ -34,7 +34,7 @@ QByteArray bigEndian(quint64 number) {
 
 /// A binary list of these objects, the first of them the root; references have one byte.
 QByteArray binaryList(const std::vector<QByteArray>& objects) {
-    QByteArray list = "bplist00"_qba;
+    QByteArray list = "bplist00"_ba;
     QByteArray offsets;
     for (const QByteArray& object : objects) {
         offsets.append(static_cast<char>(list.size() >> 8)).append(static_cast<char>(list.size()));
@@ -115,7 +115,7 @@ TEST(PropertyListTest, RefusesWhatIsNoSoundDictionary) {
         doubling.push_back("\xa2" + QByteArray(2, i));
     }
     for (int i = 3; i < 250; ++i) {
-        deep.push_back("\xa1"_qba + static_cast<char>(i));
+        deep.push_back("\xa1"_ba + static_cast<char>(i));
     }
     doubling.emplace_back("\x09");
     deep.emplace_back("\x09");
@@ -124,11 +124,11 @@ TEST(PropertyListTest, RefusesWhatIsNoSoundDictionary) {
         {"empty", {}},
         {"text", "paused = 1"},
         {"magic only", "bplist00"},
-        {"its own child", binaryList({"\xd1\1\0"_qba, "\x51k"})},
+        {"its own child", binaryList({"\xd1\1\0"_ba, "\x51k"})},
         {"reference out of range", binaryList({"\xd1\1\2", "\x51k"})},
         {"key is no text", binaryList({"\xd1\1\1", "\x09"})},
-        {"NUL in a key", binaryList({"\xd1\1\2", "\x62\0k\0\0"_qba, "\x09"})},
-        {"NUL in a text", binaryList({"\xd1\1\1", "\x52k\0"_qba})},
+        {"NUL in a key", binaryList({"\xd1\1\2", "\x62\0k\0\0"_ba, "\x09"})},
+        {"NUL in a text", binaryList({"\xd1\1\1", "\x52k\0"_ba})},
         {"text that is not ASCII", binaryList({"\xd1\1\1", "\x52k\xe9"})},
         {"empty UTF-16", binaryList({"\xd1\1\2", "\x51k", "\x60"})},
         {"XML that is not UTF-8", xmlDictionary("<key>k\xe9</key><true/>")},
@@ -160,10 +160,10 @@ TEST_F(UserDefaultsTest, ReadsEachTypeAsThePlatformDoes) {
     const QByteArray texts = "<array><string>b</string><string>é</string></array>";
     const QByteArray nothing = "<array/>";
     for (const QByteArray& value :
-         {"<false/>"_qba, "<integer>0</integer>"_qba, "<real>0.0</real>"_qba,
-          "<string>NO</string>"_qba, "<string>on</string>"_qba, "<string>00</string>"_qba,
-          "<string></string>"_qba, "<data>AQ==</data>"_qba, "<dict><key>a</key><true/></dict>"_qba,
-          "<array><string>b</string><integer>1</integer></array>"_qba, date, texts, nothing}) {
+         {"<false/>"_ba, "<integer>0</integer>"_ba, "<real>0.0</real>"_ba,
+          "<string>NO</string>"_ba, "<string>on</string>"_ba, "<string>00</string>"_ba,
+          "<string></string>"_ba, "<data>AQ==</data>"_ba, "<dict><key>a</key><true/></dict>"_ba,
+          "<array><string>b</string><integer>1</integer></array>"_ba, date, texts, nothing}) {
         const UserDefaults defaults = with(value);
         EXPECT_TRUE(defaults.contains(key)) << value.constData();
         EXPECT_FALSE(defaults.boolValue(key)) << value.constData();
@@ -207,15 +207,15 @@ TEST_F(UserDefaultsTest, WritesThroughAtOnceForThePersonAlone) {
 TEST_F(UserDefaultsTest, KeepsWhatAnotherMachineWroteToTheBit) {
     const QByteArray date = dateObject(721692800.1234567);
     const QByteArray old = dateObject(-63114076800.3);
-    const QByteArray data = "\x43\0\1\xff"_qba;
+    const QByteArray data = "\x43\0\1\xff"_ba;
     const QByteArray number = "\x13\xff\xff\xff\xff\xff\xff\xff\xfe";
     putFile(file, binaryList({"\xd3\1\2\3\4\5\6", "\x59resetDate", "\x57Unknown", "\x56paused",
-                              date, "\xd1\7\x08", "\x08", "\x64\0d\0e\0e\0p"_qba,
+                              date, "\xd1\7\x08", "\x08", "\x64\0d\0e\0e\0p"_ba,
                               "\xa3\x09\x0a\x0b", old, data, number}));
     ASSERT_TRUE(open().setBool(u"paused"_s, true));
     for (const QByteArray& kept : {date, old, data, number,
                                    "\x54"
-                                   "deep"_qba}) {
+                                   "deep"_ba}) {
         EXPECT_TRUE(contentOf(file).contains(kept)) << kept.toHex().constData();
     }
     EXPECT_EQ(open().date(u"resetDate"_s), Date{721692800.1234567});
@@ -237,7 +237,7 @@ TEST_F(UserDefaultsTest, ATruncatedFileIsAbsentOrWholeAndNeverLost) {
             }
             EXPECT_TRUE(defaults.setBool(u"other"_s, true));
             EXPECT_TRUE(open().boolValue(u"other"_s) && open().contains(key) != isAbsent);
-            EXPECT_EQ(contentOf(broken), isAbsent ? whole.first(size) : "unreadable"_qba) << size;
+            EXPECT_EQ(contentOf(broken), isAbsent ? whole.first(size) : "unreadable"_ba) << size;
             QFile::remove(broken);
         }
     }
@@ -293,7 +293,7 @@ TEST_F(UserDefaultsTest, WhatCannotBeReadIsKeptBesideTheNewFile) {
 TEST_F(UserDefaultsTest, AFailedWriteHarmsNothingAndIsMadeUpForByTheNext) {
     PropertyList good;
     good.setBoolean(u"before"_s, true);
-    for (const QByteArray& before : {good.toBinary(), "broken"_qba}) {
+    for (const QByteArray& before : {good.toBinary(), "broken"_ba}) {
         putFile(file, before);
         const bool isBroken = !open().contains(u"before"_s);
         UserDefaults defaults = open();
@@ -314,7 +314,7 @@ TEST_F(UserDefaultsTest, AFailedWriteHarmsNothingAndIsMadeUpForByTheNext) {
         EXPECT_TRUE(defaults.setBool(u"after"_s, true));
         EXPECT_EQ(open().persistentDomain(domain)->keys().size(), isBroken ? 4 : 5);
         EXPECT_EQ(open().date(u"date"_s), Date{1});
-        EXPECT_EQ(contentOf(broken), isBroken ? before : "unreadable"_qba);
+        EXPECT_EQ(contentOf(broken), isBroken ? before : "unreadable"_ba);
     }
 
     // A file in the folder's place.

@@ -1,7 +1,7 @@
 #include "Views/HistoryGrid.h"
 
 #include "PanelStage.h"
-#include "Views/DayCell.h"
+#include "Views/Band.h"
 #include "Views/Palette.h"
 
 using namespace orvanta;
@@ -20,9 +20,9 @@ struct Past : PanelStage {
         open();
         click("Histórico por dia");
     }
-    DayCell& cell(const char* title) { return *named<DayCell>(root(), title); }
+    Band& cell(const char* title) { return *named<Band>(root(), title); }
     QImage square(const char* title) {
-        DayCell& shown = cell(title);
+        Band& shown = cell(title);
         const QRect place(shown.mapTo(&root(), QPoint(2, 2)) * 2, QSize(36, 36));
         return picture(root(), 2).copy(place);
     }

@@ -60,7 +60,7 @@ public:
                                            return problem;
                                        }});
         root_->show();
-        QApplication::setActiveWindow(root_.get());
+        root_->activateWindow();
         QApplication::processEvents();
         return *root_;
     }

@@ -72,7 +72,7 @@ protected:
             world.calendar);
         view->findChild<QTabWidget*>()->setCurrentIndex(tab);
         view->show();
-        QApplication::setActiveWindow(view.get());
+        view->activateWindow();
         QApplication::processEvents();
     }
 

@@ -3,6 +3,7 @@
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
+#include <QTimeZone>
 
 #include <sys/inotify.h>
 #include <sys/timerfd.h>
@@ -18,7 +19,7 @@ namespace orvanta {
 namespace {
 
 QDateTime atUtc(std::chrono::sys_seconds moment) {
-    return QDateTime::fromSecsSinceEpoch(moment.time_since_epoch().count(), Qt::UTC);
+    return QDateTime::fromSecsSinceEpoch(moment.time_since_epoch().count(), QTimeZone::utc());
 }
 
 } // namespace
