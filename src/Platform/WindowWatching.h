@@ -10,6 +10,7 @@ enum class WindowWatching {
     Ended,           ///< the display system went away, for good
     NeedsPermission, ///< the desktop would tell by something of ours that the person has to let in
     NeedsLogin,      ///< that is there, and tells from the next login on
+    Incompatible,    ///< that is there, and this version of the desktop cannot tell by it
 };
 
 } // namespace orvanta

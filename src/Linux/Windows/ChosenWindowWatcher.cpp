@@ -64,7 +64,8 @@ void ChosenWindowWatcher::consider() {
                 break;
             }
         }
-        if (watcher->state() == State::NeedsPermission || watcher->state() == State::NeedsLogin) {
+        if (watcher->state() == State::NeedsPermission || watcher->state() == State::NeedsLogin ||
+            watcher->state() == State::Incompatible) {
             otherwise = watcher->state();
         }
     }

@@ -2,8 +2,12 @@
 
 #include "Linux/Files/PlainFile.h"
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QStringList>
 
@@ -28,16 +32,39 @@ const std::array<QString, 2>& fileNames() {
     return all;
 }
 
-/// The folder of the form that this version of the shell takes; empty when there is none.
+/// The one by which an extension is for a version of the shell, from GNOME 40 on.
+QString majorOf(const QString& shellVersion) {
+    return shellVersion.section(u'.', 0, 0);
+}
+
+/// The folder of the form that this version of the shell takes; empty when there is none. A version
+/// newer than any that was seen is given the newest form: whether that works, it will tell.
 QString formFor(const QString& shellVersion) {
     constexpr int oldest = 42;
     constexpr int firstOfModules = 45;
-    constexpr int newest = 51;
-    const int version = shellVersion.section(u'.', 0, 0).toInt();
-    if (version < oldest || version > newest) {
+    const int version = majorOf(shellVersion).toInt();
+    if (version < oldest) {
         return {};
     }
     return version < firstOfModules ? QStringLiteral("42") : QStringLiteral("45");
+}
+
+// In the metadata, which the shell gives back for the one it has loaded.
+const auto digestKey = QStringLiteral("digest");
+
+QString digestOf(const QByteArray& script) {
+    return QString::fromLatin1(
+        QCryptographicHash::hash(script, QCryptographicHash::Sha256).toHex());
+}
+
+/// As they are installed: for this version of the shell, which takes no other, and with the digest
+/// of the script beside them.
+QByteArray stamped(const QByteArray& metadata, const QString& shellVersion,
+                   const QByteArray& script) {
+    QJsonObject object = QJsonDocument::fromJson(metadata).object();
+    object[QStringLiteral("shell-version")] = QJsonArray{majorOf(shellVersion)};
+    object[digestKey] = digestOf(script);
+    return QJsonDocument(object).toJson();
 }
 
 std::optional<QByteArray> contentOf(const QString& path) {
@@ -94,6 +121,11 @@ QString GnomeExtension::folder() const {
     return places_.extensionsFolder + u'/' + uuid();
 }
 
+bool GnomeExtension::isLoaded(const QVariantMap& information) const {
+    const auto script = contentOf(folder() + u'/' + fileNames().front());
+    return script && information.value(digestKey).toString() == digestOf(*script);
+}
+
 bool GnomeExtension::isInstalled() const {
     return QFile::exists(folder() + u'/' + fileNames().back());
 }
@@ -120,11 +152,17 @@ void GnomeExtension::renew(const QString& shellVersion) const {
 }
 
 std::optional<QString> GnomeExtension::copy(const QString& shellVersion) const {
+    QByteArray script;
     for (const QString& name : fileNames()) {
         const QString source = places_.packageFolder + u'/' + formFor(shellVersion) + u'/' + name;
-        const auto content = contentOf(source);
+        auto content = contentOf(source);
         if (!content) {
             return QStringLiteral("%1: %2").arg(source, qt_error_string());
+        }
+        if (name == fileNames().back()) {
+            content = stamped(*content, shellVersion, script);
+        } else {
+            script = *content;
         }
         const QString target = folder() + u'/' + name;
         if (contentOf(target) == content) {

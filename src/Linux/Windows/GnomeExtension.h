@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QVariantMap>
 
 #include <optional>
 
@@ -22,10 +23,14 @@ public:
     /// How the shell knows it.
     static QString uuid();
 
-    /// Whether there is a form that this version of the shell, as in "43.9", takes.
+    /// Whether there is a form that this version of the shell, as in "43.9", takes or may take.
     static bool isFor(const QString& shellVersion);
 
     bool isInstalled() const;
+
+    /// Whether the shell has loaded what is installed now, and not another version of it, by what
+    /// the shell says of the extension (`GetExtensionInfo`).
+    bool isLoaded(const QVariantMap& information) const;
 
     /// Puts it there for this version of the shell, and has it enabled. Returns why that failed, in
     /// a person's or the system's words; nothing of it is there then that was not there before.

@@ -105,15 +105,16 @@ WindowWatching GnomeWindowWatcher::reason(const QDBusMessage& information) const
     if (information.type() != QDBusMessage::ReplyMessage || !GnomeExtension::isFor(shellVersion_)) {
         return State::Unsupported;
     }
-    const auto state = Properties::ofReply(information).value<double>("state");
+    const auto told = Properties::ofReply(information);
+    const auto state = told.value<double>("state");
     if (!state) { // The shell does not know it: it looks for them at the login.
         return extension_.isInstalled() ? State::NeedsLogin : State::NeedsPermission;
     }
-    // Loaded, or passed over, in a form that has been replaced meanwhile.
-    if (*state == enabled || *state == outOfDate) {
-        return State::NeedsLogin;
+    if (*state != enabled && *state != outOfDate && *state != failed) {
+        return State::NeedsPermission;
     }
-    return *state == failed ? State::Unsupported : State::NeedsPermission;
+    // It may have been replaced since the shell loaded it, or passed it over.
+    return extension_.isLoaded(told.values) ? State::Incompatible : State::NeedsLogin;
 }
 
 void GnomeWindowWatcher::leave() {

@@ -15,6 +15,9 @@ QString windowWatchingText(WindowWatching state) {
     case WindowWatching::NeedsLogin:
         return QStringLiteral("A extensão do orvanta está instalada. Saia da sessão e entre de "
                               "novo: a contagem começa então.");
+    case WindowWatching::Incompatible:
+        return QStringLiteral("A extensão do orvanta não funciona nesta versão do GNOME; por isso "
+                              "o orvanta não consegue contar o tempo.");
     case WindowWatching::Waiting:
     case WindowWatching::Watching:
         return {};
