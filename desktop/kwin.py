@@ -1,6 +1,8 @@
 """A virtual Wayland desktop under KWin, with what desktop.Desktop has besides.
 
-Needs kwin-wayland, libkf5service-bin, qtwayland5 (for its locker), xwayland and xterm.
+Needs kwin-wayland of Plasma 5 or 6 with its scripts (kwin-common), kbuildsycoca of the same
+(libkf5service-bin or libkf6service-bin), the Wayland platform of the Qt of its locker, xwayland and
+xterm.
 """
 
 import pathlib
@@ -19,13 +21,21 @@ _SESSION = "auto"  # the name of a caller's own one
 _ENTRY = (pathlib.Path(__file__).resolve().parent.parent / "packaging"
           / f"{desktop.DOMAIN}.desktop.in")
 
-# KWin tells its log which process has which window, and which has the focus.
+# Plasma 5 brings one, kf5-applications.menu; Plasma 6 has its in a package of its whole desktop.
+_MENU = """<!DOCTYPE Menu PUBLIC "-//freedesktop//DTD Menu 1.0//EN"
+ "http://www.freedesktop.org/standards/menu-spec/menu-1.0.dtd">
+<Menu><Name>All</Name><DefaultAppDirs/><Include><All/></Include></Menu>
+"""
+
+# KWin tells its log which process has which window, and which has the focus. Plasma 6 speaks of
+# windows where Plasma 5 spoke of clients.
 _SPY = """
 function tellOwner(window) { print("OWNER " + window.internalId + " " + window.pid); }
 function tellFocus(window) { print("FOCUS " + (window ? window.internalId : "none")); }
-workspace.clientAdded.connect(tellOwner);
-workspace.clientActivated.connect(tellFocus);
-tellFocus(workspace.activeClient);
+const isOlder = workspace.clientAdded !== undefined;
+(isOlder ? workspace.clientAdded : workspace.windowAdded).connect(tellOwner);
+(isOlder ? workspace.clientActivated : workspace.windowActivated).connect(tellFocus);
+tellFocus(isOlder ? workspace.activeClient : workspace.activeWindow);
 """
 
 
@@ -33,10 +43,12 @@ class KWinDesktop(desktop.Desktop):
     """Windows are named by their UUIDs in KWin. The terminal is one of the X server that is its
     guest."""
 
-    def __init__(self, time_zone=None, executable=None):
-        """`executable`: of Orvanta, where its desktop entry was installed at an earlier time."""
+    def __init__(self, executable, time_zone=None, has_menu=True):
+        """`executable`: of Orvanta, whose desktop entry was installed at an earlier time. KWin knows
+        of entries only where a menu of applications names their folder."""
         super().__init__(time_zone)
         self._executable = executable
+        self._has_menu = has_menu
 
     def _start_server(self):
         """The bus comes first: start_window_manager() starts KWin."""
@@ -44,12 +56,17 @@ class KWinDesktop(desktop.Desktop):
                              "WAYLAND_DISPLAY": "wayland-kwin"}
 
     def start_window_manager(self):
-        if self._executable:
-            folder = self.folder / "data" / "applications"
-            folder.mkdir()
-            (folder / f"{desktop.DOMAIN}.desktop").write_text(
-                _ENTRY.read_text().replace("@exec@", str(pathlib.Path(self._executable).resolve())))
-        self.run("kbuildsycoca5", "--noincremental")
+        folder = self.folder / "data" / "applications"
+        folder.mkdir()
+        (folder / f"{desktop.DOMAIN}.desktop").write_text(
+            _ENTRY.read_text().replace("@exec@", str(pathlib.Path(self._executable).resolve())))
+        if self._has_menu:
+            menus = self.folder / "config" / "menus"
+            menus.mkdir()
+            (menus / "applications.menu").write_text(_MENU)
+        else:
+            self.environment["XDG_CONFIG_DIRS"] = str(self.folder / "nowhere")
+        self.run(shutil.which("kbuildsycoca6") or "kbuildsycoca5", "--noincremental")
         # The original carries a file capability, which not everybody may execute.
         self._program = self.folder / "kwin_wayland"
         shutil.copyfile("/usr/bin/kwin_wayland", self._program)
@@ -102,6 +119,9 @@ class KWinDesktop(desktop.Desktop):
     def _start_spy(self):
         """KWin's script is that."""
 
+    def has_script(self, name):
+        return "true" in self.call(*_SCRIPTING, "org.kde.kwin.Scripting.isScriptLoaded", name)
+
     def _told(self, what):
         return re.findall(f"^js: {what}$", self.log("kwin_wayland"), re.MULTILINE)
 
@@ -143,6 +163,7 @@ class KWinDesktop(desktop.Desktop):
 
     def minimize(self, window):
         self._evaluate(f"minimize-{time.monotonic_ns()}", f"""
-workspace.clientList().find(each => each.internalId == "{window}").minimized = true;
+const windows = workspace.windowList ? workspace.windowList() : workspace.clientList();
+windows.find(each => each.internalId == "{window}").minimized = true;
 """)
         desktop.wait_until(lambda: self.focused() != window, f"window {window} minimized")

@@ -12,10 +12,16 @@ import test_sway
 
 class KWin(test_sway.Sway):
     TERMINAL = case.XTERM
+    IS_BY_SCRIPT = False
 
     def make_desktop(self):
-        return kwin.KWinDesktop(time_zone=desktop.zone_far_from_midnight(),
-                                executable=os.environ["ORVANTA_EXECUTABLE"])
+        return kwin.KWinDesktop(os.environ["ORVANTA_EXECUTABLE"],
+                                time_zone=desktop.zone_far_from_midnight(),
+                                has_menu=not self.IS_BY_SCRIPT)
+
+    def wait_to_count(self, key):
+        super().wait_to_count(key)
+        self.assertEqual(self.desktop.has_script(desktop.DOMAIN), self.IS_BY_SCRIPT)
 
     def leave_panel_for(self, window):
         """No keys can be pressed on a KWin without a display."""
@@ -48,7 +54,7 @@ class KWin(test_sway.Sway):
 
 
 class KWinByScript(KWin):
-    """Where no desktop entry asks for the list of windows."""
+    """Where KWin finds no menu of applications: it then overlooks our desktop entry, which asks for
+    the list of windows."""
 
-    def make_desktop(self):
-        return kwin.KWinDesktop(time_zone=desktop.zone_far_from_midnight())
+    IS_BY_SCRIPT = True
