@@ -8,6 +8,7 @@ import json
 import pathlib
 import re
 import shutil
+import subprocess
 import time
 
 import desktop
@@ -22,13 +23,10 @@ EXTENSION = "orvanta@brindlework.com"
 # which it would not without a login manager; and is the keyboard.
 _HELPER = "desktop@orvanta.test"
 _HELPER_SCRIPT = """
-const {Clutter, GLib} = imports.gi;
-const {ScreenShield} = imports.ui.screenShield;
-const Main = imports.ui.main;
 class Helper {
     enable() {
         global.context.unsafe_mode = true;
-        Main.screenShield ??= new ScreenShield();
+        global.shield = Main.screenShield ?? new ScreenShield();
         this.keyboard = Clutter.get_default_backend().get_default_seat().create_virtual_device(
             Clutter.InputDeviceType.KEYBOARD_DEVICE);
         global.typeKey = name => {
@@ -39,16 +37,35 @@ class Helper {
     }
     disable() {}
 }
+"""
+# How the shell takes it: as a module from 45 on.
+_OLDER_HELPER = """
+const {Clutter, GLib} = imports.gi;
+const {ScreenShield} = imports.ui.screenShield;
+const Main = imports.ui.main;
 function init() { return new Helper(); }
+"""
+_NEWER_HELPER = """
+import Clutter from 'gi://Clutter';
+import GLib from 'gi://GLib';
+import * as Main from 'resource:///org/gnome/shell/ui/main.js';
+import {ScreenShield} from 'resource:///org/gnome/shell/ui/screenShield.js';
+export {Helper as default};
 """
 
 _WINDOWS = ("global.get_window_actors().map(a => a.meta_window)"
             ".filter(w => !w.is_override_redirect())")
 
 
+def shell_version():
+    return int(re.search(r"\d+", subprocess.check_output(["gnome-shell", "--version"], text=True))[0])
+
+
 def shipped_extension(executable):
-    """In the form that Debian 12's shell takes."""
-    return pathlib.Path(executable).parent / "gnome" / "42"
+    """In the form that the shell here takes; a folder is named after the first version for it."""
+    forms = (pathlib.Path(executable).parent / "gnome").glob("[0-9]*")
+    return max((form for form in forms if int(form.name) <= shell_version()),
+               key=lambda form: int(form.name))
 
 
 class GnomeDesktop(desktop.Desktop):
@@ -71,11 +88,12 @@ class GnomeDesktop(desktop.Desktop):
     def start_window_manager(self):
         helper = self.extensions / _HELPER
         helper.mkdir(parents=True)
-        (helper / "extension.js").write_text(_HELPER_SCRIPT)
-        version = re.search(r"\d+", self.run("gnome-shell", "--version"))[0]
+        version = shell_version()
+        (helper / "extension.js").write_text(
+            (_NEWER_HELPER if version >= 45 else _OLDER_HELPER) + _HELPER_SCRIPT)
         (helper / "metadata.json").write_text(json.dumps({
             "uuid": _HELPER, "name": "Desktop", "description": "For tests",
-            "shell-version": [version], "session-modes": ["user", "unlock-dialog"]}))
+            "shell-version": [str(version)], "session-modes": ["user", "unlock-dialog"]}))
         enabled = [_HELPER]
         if self._executable:
             shutil.copytree(shipped_extension(self._executable), self.extensions / EXTENSION)
@@ -105,7 +123,7 @@ class GnomeDesktop(desktop.Desktop):
                 return self.evaluate("Main.layoutManager._startingUp") is False
             return False
 
-        desktop.wait_until(is_up, "gnome-shell", every=0.2)
+        desktop.wait_until(is_up, "gnome-shell", 3 * desktop.DEADLINE, every=0.2)
         # The applications' overview, with which it begins, takes what is typed.
         self.evaluate("Main.overview.hide()")
         desktop.wait_until(lambda: not self.evaluate("Main.overview.visible"), "the desktop")
@@ -158,10 +176,10 @@ class GnomeDesktop(desktop.Desktop):
         self.evaluate(f"{_WINDOWS}.find(w => w.get_stable_sequence() === {window}).minimize()")
 
     def lock(self):
-        self.evaluate("Main.screenShield.lock(false)")
+        self.evaluate("global.shield.lock(false)")
 
     def unlock(self):
-        self.evaluate("Main.screenShield.deactivate(false)")
+        self.evaluate("global.shield.deactivate(false)")
 
     def switch_displays(self, on):
         """As it does itself when nobody is there."""
