@@ -27,6 +27,9 @@ bar {
 }
 """
 
+# One on which nobody types for a day.
+KEYBOARD = ["wtype", "-s", str(24 * 3600 * 1000)]
+
 
 class SwayDesktop(desktop.Desktop):
     """Windows are named by the numbers of their nodes in sway's tree."""
@@ -34,30 +37,39 @@ class SwayDesktop(desktop.Desktop):
     has_bar = False  # at the lower edge
 
     def _start_server(self):
-        # Its sockets, which it makes as another user than ours where we are root.
-        folder = self.folder / "sway"
-        folder.mkdir(mode=0o700, exist_ok=True)
         configuration = self.folder / "sway.conf"
         configuration.write_text(_CONFIGURATION + (_BAR if self.has_bar else ""))
-        command = ["sway", "--config", str(configuration)]
+        self.environment["SWAYSOCK"] = str(self._sockets / "ipc")
+        self._start_compositor("sway", "--config", str(configuration))
+        desktop.wait_until((self._sockets / "ipc").exists, "sway")
+
+    @property
+    def _sockets(self):
+        """The folder in which the compositor makes them, as another user than ours where we are
+        root."""
+        return self.folder / "sockets"
+
+    def _start_compositor(self, *command):
+        folder = self._sockets
+        folder.mkdir(mode=0o700, exist_ok=True)
+        self.environment |= {"XDG_SESSION_TYPE": "wayland", "XDG_CURRENT_DESKTOP": command[0]}
         if os.geteuid() == 0:
             user = pwd.getpwnam(_OTHER_USER)
             os.chown(folder, user.pw_uid, user.pw_gid)
             self.folder.chmod(0o711)
-            command = ["setpriv", f"--reuid={user.pw_uid}", f"--regid={user.pw_gid}",
-                       "--clear-groups", "--pdeathsig=KILL", *command]
-        self.environment |= {"SWAYSOCK": str(folder / "ipc"), "XDG_SESSION_TYPE": "wayland",
-                             "XDG_CURRENT_DESKTOP": "sway"}
-        self.server = self.spawn(command, environment=self.environment | {
+            command = ("setpriv", f"--reuid={user.pw_uid}", f"--regid={user.pw_gid}",
+                       "--clear-groups", "--pdeathsig=KILL", *command)
+        self.server = self.spawn(list(command), environment=self.environment | {
             "XDG_RUNTIME_DIR": str(folder), "WLR_BACKENDS": "headless",
             "WLR_RENDERER": "pixman", "WLR_LIBINPUT_NO_DEVICES": "1"})
 
         def displays():
             if self.server.poll() is not None:
-                raise desktop.DesktopError(f"sway ended: {self.log('setpriv') or self.log('sway')}")
-            return (folder / "ipc").exists() and list(folder.glob("wayland-?"))
+                raise desktop.DesktopError(
+                    f"{command[0]} ended: {self.log(os.path.basename(command[0]))}")
+            return list(folder.glob("wayland-?"))
 
-        self.environment["WAYLAND_DISPLAY"] = str(desktop.wait_until(displays, "sway")[0])
+        self.environment["WAYLAND_DISPLAY"] = str(desktop.wait_until(displays, command[0])[0])
 
     def kill_server(self):
         """Its sockets stay."""
@@ -65,15 +77,14 @@ class SwayDesktop(desktop.Desktop):
         self.server.wait()
 
     def restart_server(self):
-        for left in (self.folder / "sway").iterdir():
+        for left in self._sockets.iterdir():
             left.unlink()
         self._start_server()
         self.start_window_manager()
 
     def start_window_manager(self):
-        """Sway is that as well. A seat without a keyboard has no focus to give: this is one, on which
-        nobody types for a day."""
-        self.spawn(["wtype", "-s", str(24 * 3600 * 1000)])
+        """Sway is that as well. A seat without a keyboard has no focus to give."""
+        self.spawn(KEYBOARD)
         desktop.wait_until(lambda: any(device["type"] == "keyboard" for device in
                                        self.message("-t", "get_inputs")), "a keyboard")
 
