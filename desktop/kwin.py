@@ -5,6 +5,7 @@ Needs kwin-wayland of Plasma 5 or 6 with its scripts (kwin-common), kbuildsycoca
 xterm.
 """
 
+import contextlib
 import pathlib
 import re
 import shutil
@@ -20,6 +21,8 @@ _SAVER = ("org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver",
 _SESSION = "auto"  # the name of a caller's own one
 _ENTRY = (pathlib.Path(__file__).resolve().parent.parent / "packaging"
           / f"{desktop.DOMAIN}.desktop.in")
+
+_X_SOCKETS = pathlib.Path("/tmp/.X11-unix")
 
 # Plasma 5 brings one, kf5-applications.menu; Plasma 6 has its in a package of its whole desktop.
 _MENU = """<!DOCTYPE Menu PUBLIC "-//freedesktop//DTD Menu 1.0//EN"
@@ -54,6 +57,10 @@ class KWinDesktop(desktop.Desktop):
         """The bus comes first: start_window_manager() starts KWin."""
         self.environment |= {"XDG_SESSION_TYPE": "wayland", "XDG_CURRENT_DESKTOP": "KDE",
                              "WAYLAND_DISPLAY": "wayland-kwin"}
+        # X servers make it where there is none; KWin insists on it for its guest.
+        with contextlib.suppress(FileExistsError):
+            _X_SOCKETS.mkdir()
+            _X_SOCKETS.chmod(stat.S_ISVTX | 0o777)
 
     def start_window_manager(self):
         folder = self.folder / "data" / "applications"
