@@ -30,7 +30,7 @@ struct Buttons {
         window.setFocusPolicy(Qt::NoFocus);
         window.resize(100, 100);
         window.show();
-        window.activateWindow();
+        activate(window);
         window.setFocus();
         QObject::connect(first, &GridButton::clicked, [this] { ++clicks; });
     }

@@ -60,8 +60,7 @@ public:
                                            return problem;
                                        }});
         root_->show();
-        root_->activateWindow();
-        QApplication::processEvents();
+        activate(*root_);
         return *root_;
     }
     PanelRoot& root() { return *root_; }

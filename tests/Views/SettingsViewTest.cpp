@@ -72,8 +72,7 @@ protected:
             world.calendar);
         view->findChild<QTabWidget*>()->setCurrentIndex(tab);
         view->show();
-        view->activateWindow();
-        QApplication::processEvents();
+        activate(*view);
     }
 
     /// The visible button that reads this.

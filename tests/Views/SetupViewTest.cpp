@@ -68,7 +68,7 @@ TEST(SetupViewTest, ListsTheStepsAndTheirStates) {
 
 TEST(SetupViewTest, AButtonDoesItsStepAndKeepsTheKeyboard) {
     Stage stage({"Firefox"});
-    stage.view->activateWindow();
+    activate(*stage.view);
     QTest::keyClick(stage.view.get(), Qt::Key_Tab);
     auto* const button =
         named<GridButton>(*stage.view, "Sites no Firefox: Permitir ler o domínio da aba ativa");
@@ -89,7 +89,7 @@ TEST(SetupViewTest, MoreStepsThanFitAreReachedByTheKeyboard) {
     auto* const last =
         named<GridButton>(*stage.view, "Sites no d: Permitir ler o domínio da aba ativa");
     EXPECT_TRUE(last->visibleRegion().isEmpty());
-    stage.view->activateWindow();
+    activate(*stage.view);
     for (int i = 0; i < 20 && !last->hasFocus(); ++i) {
         QTest::keyClick(QApplication::focusWidget() ? QApplication::focusWidget()
                                                     : stage.view.get(),

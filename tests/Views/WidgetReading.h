@@ -58,6 +58,12 @@ Widget* named(QWidget& root, const char* name) {
     return found != widgets.end() ? *found : nullptr;
 }
 
+/// So that keys reach it.
+inline void activate(QWidget& window) {
+    window.activateWindow();
+    QApplication::processEvents();
+}
+
 /// The widget as a device with this many pixels a point shows it.
 inline QImage picture(QWidget& widget, double ratio = 1) {
     QImage image((QSizeF(widget.size()) * ratio).toSize(), QImage::Format_RGB32);
