@@ -180,6 +180,13 @@ void AppDelegate::applicationWillTerminate() {
     }
 }
 
+void AppDelegate::displayDidVanish() {
+    if (tracker_) {
+        tracker_->blockSignals(true); // Those who show it would be drawing on nothing.
+        tracker_->stop();
+    }
+}
+
 StatusTotals AppDelegate::statusTotals() const {
     return {tracker_->total(Category::production), tracker_->total(Category::consumption),
             tracker_->total(Category::pending)};

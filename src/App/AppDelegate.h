@@ -68,6 +68,10 @@ public:
     /// Books and saves the running stretch. May be called again.
     void applicationWillTerminate();
 
+    /// The same where the process has to end at once, for want of a display; touches nothing that
+    /// is shown.
+    void displayDidVanish();
+
     // What the status item and its menu do.
 
     /// A left click, at this place where the desktop tells one.

@@ -12,19 +12,21 @@
 #include <QSessionManager>
 #include <QStandardPaths>
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 
 namespace {
 
-// Qt ends the process by `exit` when the display goes away; what was measured is saved all the
-// same.
 orvanta::AppDelegate* running = nullptr;
 
-void terminate() {
+/// Qt ends the process by `exit` when the display goes away; what was measured is saved all the
+/// same. Parts of Qt are gone by then, so what is shown can neither be closed nor destroyed.
+void endWithoutDisplay() {
     if (running != nullptr) {
-        running->applicationWillTerminate();
-        running = nullptr;
+        running->displayDidVanish();
+        ::_exit(EXIT_FAILURE);
     }
 }
 
@@ -115,9 +117,10 @@ int main(int argc, char* argv[]) {
                          delegate.save();
                      });
     running = &delegate;
-    std::atexit(terminate);
+    std::atexit(endWithoutDisplay);
     const orvanta::CompositorLoss loss([&delegate] { delegate.save(); });
     const int result = QApplication::exec();
-    terminate();
+    delegate.applicationWillTerminate();
+    running = nullptr;
     return result;
 }
