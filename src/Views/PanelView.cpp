@@ -19,6 +19,7 @@
 
 #include <QContextMenuEvent>
 #include <QMenu>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QPointer>
 
@@ -178,8 +179,8 @@ void PanelView::showTotals() {
 void PanelView::showBanner() {
     const Tracker& tracker = surroundings_.tracker;
     DesktopProblem problem;
-    if (tracker.storageError()) {
-        problem.text = *tracker.storageError();
+    if (const std::optional<QString>& error = tracker.storageError()) {
+        problem.text = *error;
     } else if (problem = surroundings_.desktopProblem(); problem.text.isEmpty()) {
         problem.text = tracker.browserStatus();
     }
@@ -233,7 +234,22 @@ void PanelView::ask(const Confirmation::Question& question, std::function<void()
     });
 }
 
+void PanelView::mousePressEvent(QMouseEvent* event) {
+    if (event->button() == Qt::RightButton) {
+        openMenu(event->globalPosition().toPoint());
+    } else {
+        QWidget::mousePressEvent(event);
+    }
+}
+
+/// Qt 6.8 sends none for a click in a popup, others do: of a click the press is what counts.
 void PanelView::contextMenuEvent(QContextMenuEvent* event) {
+    if (event->reason() != QContextMenuEvent::Mouse) {
+        openMenu(event->globalPos());
+    }
+}
+
+void PanelView::openMenu(QPoint place) {
     auto* const menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     Tracker& tracker = surroundings_.tracker;
@@ -244,7 +260,7 @@ void PanelView::contextMenuEvent(QContextMenuEvent* event) {
     menu->addSeparator();
     connect(menu->addAction(QStringLiteral("Ajustes…")), &QAction::triggered, this,
             surroundings_.openSettings);
-    menu->popup(event->globalPos());
+    menu->popup(place);
 }
 
 void PanelView::hideEvent(QHideEvent* event) {

@@ -28,6 +28,7 @@ public:
     explicit PanelView(const PanelSurroundings& surroundings, QWidget* parent = nullptr);
 
 protected:
+    void mousePressEvent(QMouseEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -42,6 +43,7 @@ private:
     void askToReset();
     void askToStop(const Activity* activity);
     void ask(const Confirmation::Question& question, std::function<void()> action);
+    void openMenu(QPoint place);
 
     PanelSurroundings surroundings_;
     ListingSwitch listing_;
