@@ -61,7 +61,7 @@ class ScreenReader:
     def find(self, name):
         """What has this name, a button sooner than anything else."""
         return max((node for node in self.nodes() if node["name"] == name),
-                   key=lambda node: node["role"] == "push button", default=None)
+                   key=lambda node: node["role"] == "button", default=None)
 
     def wait_for(self, name):
         return desktop.wait_until(lambda: self.find(name), f"'{name}'")

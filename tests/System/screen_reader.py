@@ -27,9 +27,15 @@ def shown_children(node):
     return [child for child in found if child is not None and has(child, "showing")]
 
 
+def role_of(node):
+    # A button's name depends on the release.
+    is_button = node.get_role() == Atspi.Role.PUSH_BUTTON
+    return "button" if is_button else node.get_role_name()
+
+
 def described(node):
     place = node.get_extents(Atspi.CoordType.SCREEN)
-    return {"role": node.get_role_name(), "name": node.get_name(),
+    return {"role": role_of(node), "name": node.get_name(),
             "description": node.get_description(),
             "states": [state for state in STATES if has(node, state)],
             "place": (place.x, place.y, place.width, place.height),

@@ -221,8 +221,8 @@ class Panel(panel_case.PanelTest):
                       for number in range(2)]
             stop = f"Parar de monitorar {name}"
             return [("list item", name, ""), ("label", f"{name}, {seconds}", tip),
-                    ("push button", stop, stop), ("push button", f"{name}: Produção", values[0]),
-                    ("push button", f"{name}: Consumo", values[1])]
+                    ("button", stop, stop), ("button", f"{name}: Produção", values[0]),
+                    ("button", f"{name}: Consumo", values[1])]
 
         self.press_on("Pausar")  # Nothing moves while it is read.
         self.wait_for_title("PAUSADO")
@@ -231,13 +231,13 @@ class Panel(panel_case.PanelTest):
         self.assertEqual(
             [node for node in said if not node[1].startswith(("PAUSADO", "XTerm"))],
             [("label", "↑ 75% PRODUÇÃO", ""), ("label", "↓ 25% CONSUMO", ""),
-             ("push button", "Histórico por dia", "Histórico por dia" + clicks),
-             ("push button", "Não monitorados", "Não monitorados" + clicks),
+             ("button", "Histórico por dia", "Histórico por dia" + clicks),
+             ("button", "Não monitorados", "Não monitorados" + clicks),
              *[node for node in row("XTerm", "", None) if node[1].startswith("Parar")],
              *row("Mousepad", "15:00", 0, hint=False), *row("alfa.test", "5:00", 1, hint=False),
-             ("push button", "Retomar", "Retomar"),
-             ("push button", "Zerar tempo", "Zerar tempo"),
-             ("push button", "Sair", "Sair · clique direito para Ajustes")])
+             ("button", "Retomar", "Retomar"),
+             ("button", "Zerar tempo", "Zerar tempo"),
+             ("button", "Sair", "Sair · clique direito para Ajustes")])
 
         self.assertTrue(self.reader.press("XTerm: Produção"))
         self.wait_for_category(case.XTERM, "production")
@@ -279,7 +279,7 @@ class Panel(panel_case.PanelTest):
 
         desktop.wait_until(is_followed, "the focus", every=0.2)
         asks = "Iniciar ao entrar: Abrir o orvanta ao entrar no macOS"
-        self.assertEqual(self.reader.wait_for(asks)["role"], "push button")
+        self.assertEqual(self.reader.wait_for(asks)["role"], "button")
         title = next(name for name in self.reader.names("label") if name.startswith("CONF"))
         self.assertRegex(title, r"^CONFIGURAÇÃO 0/\d$")
         self.assertTrue(self.reader.press(asks))

@@ -29,7 +29,7 @@ class Settings(panel_case.PanelTest):
 
     def spoken(self):
         return [(node["role"], node["name"]) for node in self.reader.nodes()
-                if node["role"] in ("label", "check box", "push button", "text", "list item")]
+                if node["role"] in ("label", "check box", "button", "text", "list item")]
 
     def is_checked(self, name):
         return next("checked" in node["states"] for node in self.reader.nodes()
@@ -39,7 +39,7 @@ class Settings(panel_case.PanelTest):
         sites = next(name for name in self.reader.names("check box") if name.startswith(SITES))
         self.assertTrue(self.is_checked(sites))
         said = self.spoken()
-        row = [("label", sites), ("push button", "Permitir"), ("check box", sites)]
+        row = [("label", sites), ("button", "Permitir"), ("check box", sites)]
         self.assertEqual(said[:3], row)
         self.assertGreater(said.index(next(each for each in said if each[1].startswith("Somente"))),
                            said.index(row[2]), "what explains the browsers is read after them")
