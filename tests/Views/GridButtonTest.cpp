@@ -28,7 +28,7 @@ struct Buttons {
     Buttons() {
         second->move(0, 44);
         window.setFocusPolicy(Qt::NoFocus);
-        window.resize(100, 100);
+        window.setGeometry(200, 200, 100, 100); // Away from the pointer.
         window.show();
         activate(window);
         window.setFocus();
