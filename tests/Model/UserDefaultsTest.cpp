@@ -160,9 +160,9 @@ TEST_F(UserDefaultsTest, ReadsEachTypeAsThePlatformDoes) {
     const QByteArray texts = "<array><string>b</string><string>é</string></array>";
     const QByteArray nothing = "<array/>";
     for (const QByteArray& value :
-         {"<false/>"_ba, "<integer>0</integer>"_ba, "<real>0.0</real>"_ba,
-          "<string>NO</string>"_ba, "<string>on</string>"_ba, "<string>00</string>"_ba,
-          "<string></string>"_ba, "<data>AQ==</data>"_ba, "<dict><key>a</key><true/></dict>"_ba,
+         {"<false/>"_ba, "<integer>0</integer>"_ba, "<real>0.0</real>"_ba, "<string>NO</string>"_ba,
+          "<string>on</string>"_ba, "<string>00</string>"_ba, "<string></string>"_ba,
+          "<data>AQ==</data>"_ba, "<dict><key>a</key><true/></dict>"_ba,
           "<array><string>b</string><integer>1</integer></array>"_ba, date, texts, nothing}) {
         const UserDefaults defaults = with(value);
         EXPECT_TRUE(defaults.contains(key)) << value.constData();
@@ -210,8 +210,8 @@ TEST_F(UserDefaultsTest, KeepsWhatAnotherMachineWroteToTheBit) {
     const QByteArray data = "\x43\0\1\xff"_ba;
     const QByteArray number = "\x13\xff\xff\xff\xff\xff\xff\xff\xfe";
     putFile(file, binaryList({"\xd3\1\2\3\4\5\6", "\x59resetDate", "\x57Unknown", "\x56paused",
-                              date, "\xd1\7\x08", "\x08", "\x64\0d\0e\0e\0p"_ba,
-                              "\xa3\x09\x0a\x0b", old, data, number}));
+                              date, "\xd1\7\x08", "\x08", "\x64\0d\0e\0e\0p"_ba, "\xa3\x09\x0a\x0b",
+                              old, data, number}));
     ASSERT_TRUE(open().setBool(u"paused"_s, true));
     for (const QByteArray& kept : {date, old, data, number,
                                    "\x54"

@@ -19,6 +19,10 @@ using Handle = org_kde_plasma_window;
 constexpr uint32_t lowestVersion = 4;
 constexpr uint32_t knownVersion = 16;
 
+/// An event of no interest here.
+template <typename... Arguments>
+void ignore(Arguments... /*arguments*/) {}
+
 } // namespace
 
 struct KWinWindowList::PlasmaWindow final : ListedWindowWatcher::Listed {
@@ -44,13 +48,13 @@ KWinWindowList::KWinWindowList(Manager* manager, ListedWindowWatcher& watcher)
     , watcher_(watcher) {
     static constexpr auto listener = [] {
         org_kde_plasma_window_management_listener made{};
-        made.show_desktop_changed = [](void*, Manager*, uint32_t) {};
+        made.show_desktop_changed = ignore;
         made.window = [](void* self, Manager* list, uint32_t id) {
             static_cast<KWinWindowList*>(self)->add(
                 org_kde_plasma_window_management_get_window(list, id));
         };
-        made.stacking_order_changed = [](void*, Manager*, wl_array*) {};
-        made.stacking_order_uuid_changed = [](void*, Manager*, const char*) {};
+        made.stacking_order_changed = ignore;
+        made.stacking_order_uuid_changed = ignore;
         made.window_with_uuid = [](void* self, Manager* list, uint32_t, const char* uuid) {
             static_cast<KWinWindowList*>(self)->add(
                 org_kde_plasma_window_management_get_window_by_uuid(list, uuid));
@@ -70,7 +74,7 @@ void KWinWindowList::add(Handle* handle) {
     };
     static constexpr auto listener = [] {
         org_kde_plasma_window_listener made{};
-        made.title_changed = [](void*, Handle*, const char*) {};
+        made.title_changed = ignore;
         made.app_id_changed = [](void* data, Handle*, const char* name) {
             windowOf(data).window.wmClass = ListedWindowWatcher::boundedName(name);
         };
@@ -78,24 +82,24 @@ void KWinWindowList::add(Handle* handle) {
             windowOf(data).watcher.setActive(
                 windowOf(data), (flags & ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_ACTIVE) != 0);
         };
-        made.virtual_desktop_changed = [](void*, Handle*, int32_t) {};
-        made.themed_icon_name_changed = [](void*, Handle*, const char*) {};
+        made.virtual_desktop_changed = ignore;
+        made.themed_icon_name_changed = ignore;
         made.unmapped = [](void* data, Handle*) {
             windowOf(data).watcher.remove(windowOf(data));
         };
-        made.initial_state = [](void*, Handle*) {};
-        made.parent_window = [](void*, Handle*, Handle*) {};
-        made.geometry = [](void*, Handle*, int32_t, int32_t, uint32_t, uint32_t) {};
-        made.icon_changed = [](void*, Handle*) {};
+        made.initial_state = ignore;
+        made.parent_window = ignore;
+        made.geometry = ignore;
+        made.icon_changed = ignore;
         made.pid_changed = [](void* data, Handle*, uint32_t process) {
             windowOf(data).window.processIdentifier =
                 process != 0 ? std::optional<qint64>(process) : std::nullopt;
         };
-        made.virtual_desktop_entered = [](void*, Handle*, const char*) {};
-        made.virtual_desktop_left = [](void*, Handle*, const char*) {};
-        made.application_menu = [](void*, Handle*, const char*, const char*) {};
-        made.activity_entered = [](void*, Handle*, const char*) {};
-        made.activity_left = [](void*, Handle*, const char*) {};
+        made.virtual_desktop_entered = ignore;
+        made.virtual_desktop_left = ignore;
+        made.application_menu = ignore;
+        made.activity_entered = ignore;
+        made.activity_left = ignore;
         made.resource_name_changed = [](void* data, Handle*, const char* name) {
             windowOf(data).window.wmInstance = ListedWindowWatcher::boundedName(name);
         };
