@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <deque>
 #include <filesystem>
 #include <iterator>
 #include <utility>
@@ -154,7 +155,7 @@ QByteArray resolved(const QByteArray& path) {
 
 /// Follows links and scripts from a program to where its files lie.
 Finding lookBeside(const QByteArray& program, const QStringList& path) {
-    std::vector<QByteArray> programs;
+    std::deque<QByteArray> programs; // Grows without moving what is in it.
     const auto add = [&](const QByteArray& found) {
         const QByteArray next = resolved(found);
         if (!next.isEmpty() && programs.size() < mostPrograms &&
@@ -164,7 +165,7 @@ Finding lookBeside(const QByteArray& program, const QStringList& path) {
     };
     add(program);
     for (std::size_t i = 0; i < programs.size(); ++i) {
-        const QByteArray current = programs[i]; // The vector grows.
+        const QByteArray& current = programs[i];
         if (const Finding finding = lookIn(parentOf(current)); finding.isConclusive) {
             return finding;
         }

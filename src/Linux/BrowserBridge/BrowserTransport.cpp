@@ -80,10 +80,14 @@ void BrowserTransport::tryAgain(qint64 process) {
     }
 }
 
-bool BrowserTransport::isFresh(const BrowserConnection& connection) const {
+const BrowserConnection::State*
+BrowserTransport::freshState(const BrowserConnection& connection) const {
     const auto& state = connection.state();
     return state && surroundings_.now() - state->saidAt < longestSilence &&
-           (connection.browserProcess() != frontmostProcess_ || state->saidAt >= frontmostSince_);
+                   (connection.browserProcess() != frontmostProcess_ ||
+                    state->saidAt >= frontmostSince_)
+               ? &*state
+               : nullptr;
 }
 
 void BrowserTransport::attempt(Requests::iterator request) {
@@ -92,46 +96,51 @@ void BrowserTransport::attempt(Requests::iterator request) {
         finish(request, std::nullopt);
         return;
     }
-    const auto byLastFocus = [](const BrowserConnection* a, const BrowserConnection* b) {
-        return a->state()->lastFocusedAt < b->state()->lastFocusedAt;
+    const auto byLastFocus = [](const BrowserConnection::State* a,
+                                const BrowserConnection::State* b) {
+        return a->lastFocusedAt < b->lastFocusedAt;
     };
-    std::vector<BrowserConnection*> focused;
-    std::ranges::copy_if(connections, std::back_inserter(focused), [this](const auto* connection) {
-        return isFresh(*connection) && connection->state()->focused;
-    });
-    if (!focused.empty()) {
-        const BrowserConnection* last = *std::ranges::max_element(focused, byLastFocus);
-        if (last->state()->origin) {
-            finish(request, replyWith(last->state()->origin));
+    std::vector<const BrowserConnection::State*> states;
+    const BrowserConnection::State* focused = nullptr; // last
+    std::vector<BrowserConnection*> silent;
+    for (BrowserConnection* connection : connections) {
+        if (const auto* const state = freshState(*connection)) {
+            states.push_back(state);
+            if (state->focused && (focused == nullptr || byLastFocus(focused, state))) {
+                focused = state;
+            }
         } else {
-            settle(request, last->state()->changedAt);
+            silent.push_back(connection);
+        }
+    }
+    if (focused != nullptr) {
+        if (focused->origin) {
+            finish(request, replyWith(focused->origin));
+        } else {
+            settle(request, focused->changedAt);
         }
         return;
     }
 
-    bool isWaiting = false;
-    for (BrowserConnection* connection : connections) {
-        if (!isFresh(*connection)) {
-            isWaiting = true;
-            if (std::ranges::find(request->asked, connection) == request->asked.end()) {
-                request->asked.push_back(connection);
-                connection->ask();
-            }
+    for (BrowserConnection* connection : silent) {
+        if (std::ranges::find(request->asked, connection) == request->asked.end()) {
+            request->asked.push_back(connection);
+            connection->ask();
         }
     }
-    if (isWaiting) {
+    if (!silent.empty()) {
         return;
     }
 
     if (surroundings_.isOwnWindowOpen()) {
-        const BrowserConnection* last = *std::ranges::max_element(connections, byLastFocus);
-        const bool wasInFront = last->state()->lastFocusedAt > noWindowAt_;
-        finish(request, replyWith(wasInFront ? last->state()->origin : std::nullopt));
+        const auto* const last = *std::ranges::max_element(states, byLastFocus);
+        const bool wasInFront = last->lastFocusedAt > noWindowAt_;
+        finish(request, replyWith(wasInFront ? last->origin : std::nullopt));
         return;
     }
     double changedAt = request->process == frontmostProcess_ ? frontmostSince_ : 0;
-    for (const BrowserConnection* connection : connections) {
-        changedAt = std::max(changedAt, connection->state()->changedAt);
+    for (const auto* const state : states) {
+        changedAt = std::max(changedAt, state->changedAt);
     }
     if (hasSettled(changedAt)) {
         noWindowAt_ = surroundings_.now();

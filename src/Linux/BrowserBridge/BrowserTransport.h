@@ -57,7 +57,8 @@ private:
     void tryAgain(qint64 process);
     /// Answers the request if that is possible now, or sees to it that it will be.
     void attempt(Requests::iterator request);
-    bool isFresh(const BrowserConnection& connection) const;
+    /// What it said last, if that still stands; else null.
+    const BrowserConnection::State* freshState(const BrowserConnection& connection) const;
     bool hasSettled(double changedAt) const;
     /// Answers that there is no address, once that has been so for long enough.
     void settle(Requests::iterator request, double changedAt);
