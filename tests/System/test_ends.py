@@ -19,17 +19,6 @@ class Ends(case.SystemTest):
             counted += asked - began
             self.assert_seconds({case.XTERM: counted})
 
-    def test_the_display_vanishing_ends_it_with_everything_saved(self):
-        self.desktop.launch_xterm()
-        began = self.orvanta.start()
-        self.wait_until_something_is_unsaved()
-        self.desktop.server.terminate()
-        self.desktop.server.wait()
-        vanished = time.monotonic()
-        code = self.orvanta.wait(5)
-        self.assertGreaterEqual(code, 0, f"ended by a signal: {self.orvanta.complaints()}")
-        self.assert_seconds({case.XTERM: vanished - began})
-
     def test_nothing_is_counted_without_a_window_manager_or_a_window(self):
         mousepad = self.desktop.launch_mousepad()
         xterm = self.desktop.launch_xterm()

@@ -268,6 +268,19 @@ class Panel(panel_case.PanelTest):
         self.press_on("Sair")
         self.assertEqual(self.orvanta.wait(), 0)
 
+    def test_the_display_vanishing_ends_it_with_everything_saved(self):
+        self.open(activities=[], days=[])
+        self.wait_until_something_is_unsaved()
+        self.desktop.press("Menu")
+        self.desktop.press("Down")
+        self.reader.wait_for("Mostrar todos")
+        self.desktop.server.terminate()
+        self.desktop.server.wait()
+        vanished = time.monotonic()
+        code = self.orvanta.wait(5)
+        self.assertGreaterEqual(code, 0, f"ended by a signal: {self.orvanta.complaints()}")
+        self.assert_seconds({case.XTERM: vanished - self.began})
+
     def test_the_setup_by_ear(self):
         self.orvanta.start(self.environment)
         left, top, _, _ = self.wait_for_popover()
