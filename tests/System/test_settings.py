@@ -31,13 +31,17 @@ class Settings(panel_case.PanelTest):
         return [(node["role"], node["name"]) for node in self.reader.nodes()
                 if node["role"] in ("label", "check box", "button", "text", "list item")]
 
-    def is_checked(self, name):
-        return next("checked" in node["states"] for node in self.reader.nodes()
-                    if (node["role"], node["name"]) == ("check box", name))
+    def wait_for_check(self, name, is_wanted):
+        def is_checked():
+            return next("checked" in node["states"] for node in self.reader.nodes()
+                        if (node["role"], node["name"]) == ("check box", name))
+
+        # What it does is done before readers are told.
+        desktop.wait_until(lambda: is_checked() == is_wanted, f"{name} as {is_wanted}")
 
     def switch_a_browser(self):
         sites = next(name for name in self.reader.names("check box") if name.startswith(SITES))
-        self.assertTrue(self.is_checked(sites))
+        self.wait_for_check(sites, True)
         said = self.spoken()
         row = [("label", sites), ("button", "Permitir"), ("check box", sites)]
         self.assertEqual(said[:3], row)
@@ -46,7 +50,7 @@ class Settings(panel_case.PanelTest):
         self.press_on(sites)
         desktop.wait_until(lambda: len(self.preferences().get("disabledBrowsers", [])) == 1,
                            "the browser's end")
-        self.assertFalse(self.is_checked(sites))
+        self.wait_for_check(sites, False)
         self.assertNotEqual(self.spoken()[1], row[1])
         self.desktop.press("space")
         desktop.wait_until(lambda: self.preferences()["disabledBrowsers"] == [], "its return")
@@ -56,7 +60,7 @@ class Settings(panel_case.PanelTest):
         for is_wanted in (True, False):
             self.press_on(LOGIN)
             desktop.wait_until(lambda: entry.exists() == is_wanted, "the login item")
-            self.assertEqual(self.is_checked(LOGIN), is_wanted)
+            self.wait_for_check(LOGIN, is_wanted)
 
     def erase_the_history(self):
         def days():
