@@ -22,8 +22,8 @@ class Package(test_installation.InFolder):
             f"build={test_installation.BUILD}", DEB_BUILD_OPTIONS="noautodbgsym")
         return next(self.folder.glob(f"orvanta_*~{release}_*.deb"))
 
-    def test_it_has_what_is_installed_for_everybody_and_satisfies_debian(self):
-        package = self.pack(1)
+    def look_into(self, package):
+        """What is installed for everybody is in it, and Debian is satisfied."""
         content, installed = self.folder / "content", self.folder / "installed"
         run("dpkg-deb", "-x", package, content)
         test_installation.install("/usr", installed)
@@ -44,7 +44,7 @@ class Package(test_installation.InFolder):
         self.assertRegex(" ".join(needed), r"\blibplist[\d.-]+\b")
         run("lintian", "--fail-on", "error,warning", "--suppress-tags", NOT_OURS, package)
 
-    def test_an_upgrade_and_a_removal_leave_nothing_behind(self):
+    def test_it_satisfies_debian_and_an_upgrade_and_a_removal_leave_nothing_behind(self):
         root = self.folder / "root"
         for folder in ("info", "updates", "triggers"):
             (root / ADMINISTRATION / folder).mkdir(parents=True)
@@ -59,7 +59,9 @@ class Package(test_installation.InFolder):
         def there():
             return {path for path in files_in(root) if not path.startswith("var/")}
 
-        dpkg("--install", self.pack(1))
+        package = self.pack(1)
+        self.look_into(package)
+        dpkg("--install", package)
         first = there()
         self.assertIn("usr/bin/orvanta", first)
         dpkg("--install", self.pack(2))
