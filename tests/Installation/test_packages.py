@@ -15,7 +15,8 @@ class Names(test_installation.InFolder):
     def bootstrap(self, release, *sections):
         """Where nothing is installed, and these names are known."""
         known = RELEASES / release
-        policy = rf"printf '%s\n' $@ | grep -xf {known} | sed 's/$/:\n  Candidate: 1/'"
+        policy = (rf"""tr ' ' '\n' <{known} | grep -xF "$(printf '%s\n' $@)" |"""
+                  r" sed 's/$/:\n  Candidate: 1/'")
         for name, script in (("dpkg-query", "exit 1"), ("sudo", 'exec "$@"'),
                              ("apt-cache", f"shift; {policy}"),
                              ("apt-get", f"echo $@ >>{self.folder}/log")):
