@@ -5,7 +5,9 @@
 # design does not compile.
 
 set(ORVANTA_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
-    -Wcast-qual -Wundef -Wformat=2)
+    -Wcast-qual -Wundef -Wformat=2
+    # What a source keeps to itself is nobody else's, though the sources of a room are joined.
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
 
 function(orvanta_compile_options target)
     target_compile_options(${target} PRIVATE ${ORVANTA_WARNINGS})
@@ -13,17 +15,6 @@ function(orvanta_compile_options target)
         QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_URL_CAST_FROM_STRING
         QT_NO_FOREACH QT_STRICT_ITERATORS)
 endfunction()
-
-# For a target that links the libraries whose headers these are.
-function(orvanta_precompile target)
-    if(ORVANTA_PRECOMPILE)
-        target_precompile_headers(${target} PRIVATE ${ARGN})
-    endif()
-endfunction()
-
-set(ORVANTA_COMMON_HEADERS <QObject> <QString> <QStringList> <functional> <map> <memory> <optional>
-    <vector>)
-set(ORVANTA_WIDGET_HEADERS <QApplication> <QPainter> <QWidget>)
 
 # orvanta_room(Model SOURCES a.cpp b.h ... ROOMS Platform ... LIBRARIES Qt6::Core ...
 #              [PRIVATE_LIBRARIES SQLite::SQLite3 ...] [FOLDER Views/Text])
@@ -48,26 +39,26 @@ function(orvanta_room name)
         PUBLIC ${ROOM_ROOMS} ${ROOM_LIBRARIES} PRIVATE ${ROOM_PRIVATE_LIBRARIES})
     set_target_properties(${target} PROPERTIES AUTOMOC ON)
     orvanta_compile_options(${target})
-    orvanta_precompile(${target} ${ORVANTA_COMMON_HEADERS})
-    if("Qt6::Widgets" IN_LIST ROOM_LIBRARIES)
-        orvanta_precompile(${target} ${ORVANTA_WIDGET_HEADERS})
-    endif()
 
-    # Every header compiles alone: what a source of its name includes first does so there.
-    set(checks)
-    foreach(source IN LISTS ROOM_SOURCES)
-        string(REGEX REPLACE "\\.h$" ".cpp" own_source ${source})
-        if(source MATCHES "\\.h$" AND NOT own_source IN_LIST ROOM_SOURCES)
-            string(REPLACE "/" "_" check ${source})
-            set(check ${PROJECT_BINARY_DIR}/headers/${name}/${check}.cpp)
-            file(CONFIGURE OUTPUT ${check} CONTENT "#include \"${ROOM_FOLDER}/${source}\"\n")
-            list(APPEND checks ${check})
-        endif()
-    endforeach()
-    if(checks AND ORVANTA_HEADER_CHECKS)
-        add_library(${target}Headers OBJECT ${checks})
-        target_link_libraries(${target}Headers PRIVATE ${target} ${ROOM_PRIVATE_LIBRARIES})
-        orvanta_compile_options(${target}Headers)
-        target_compile_options(${target}Headers PRIVATE -g0) # Nobody runs them.
+    if(ORVANTA_HEADER_CHECKS)
+        orvanta_check_headers(${target} ${ROOM_FOLDER} ${ROOM_SOURCES})
+        target_link_libraries(${target}Headers PRIVATE ${ROOM_PRIVATE_LIBRARIES})
     endif()
+endfunction()
+
+# A source for every header of the room, by which script/lint sees that the header compiles alone: the
+# room's own sources are joined, and would not tell.
+function(orvanta_check_headers target folder)
+    set(checks)
+    list(FILTER ARGN INCLUDE REGEX "\\.h$")
+    foreach(header IN LISTS ARGN)
+        string(REPLACE "/" "_" check ${header})
+        set(check ${PROJECT_BINARY_DIR}/headers/${target}/${check}.cpp)
+        file(CONFIGURE OUTPUT ${check} CONTENT "#include \"${folder}/${header}\"\n")
+        list(APPEND checks ${check})
+    endforeach()
+    add_library(${target}Headers OBJECT EXCLUDE_FROM_ALL ${checks})
+    target_link_libraries(${target}Headers PRIVATE ${target})
+    orvanta_compile_options(${target}Headers)
+    set_target_properties(${target}Headers PROPERTIES UNITY_BUILD OFF)
 endfunction()

@@ -8,8 +8,8 @@ namespace orvanta {
 
 namespace {
 
-const auto path = QStringLiteral("/org/freedesktop/portal/desktop");
-const auto interface = QStringLiteral("org.freedesktop.portal.Settings");
+const auto portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
+const auto settingsInterface = QStringLiteral("org.freedesktop.portal.Settings");
 
 const auto appearance = QStringLiteral("org.freedesktop.appearance");
 const auto colorSchemeKey = QStringLiteral("color-scheme");
@@ -84,7 +84,7 @@ LinuxAppearance::LinuxAppearance(const QDBusConnection& sessionBus, MainLoop& ma
 }
 
 void LinuxAppearance::greet() {
-    portal_.listen(path, interface, QStringLiteral("SettingChanged"),
+    portal_.listen(portalPath, settingsInterface, QStringLiteral("SettingChanged"),
                    [this](const QDBusMessage& signal) {
                        note(signal.arguments().value(0).toString(),
                             signal.arguments().value(1).toString(), signal.arguments().value(2));
@@ -94,7 +94,7 @@ void LinuxAppearance::greet() {
 }
 
 void LinuxAppearance::ask(const QString& space, const QString& key) {
-    portal_.ask(path, interface, QStringLiteral("Read"), {space, key},
+    portal_.ask(portalPath, settingsInterface, QStringLiteral("Read"), {space, key},
                 [this, space, key](const QDBusMessage& answer) {
                     // An error: there is no such setting, and what a predecessor said is over.
                     note(space, key,

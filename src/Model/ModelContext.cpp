@@ -199,13 +199,12 @@ void ModelContext::save() {
 
     Transaction transaction(s.transaction);
     for (const auto& [activity, primaryKey] : activities_.pending()) {
-        const auto bindChangeable = [&activity = activity](Statement& statement) -> Statement& {
-            statement.bind(1, activity.lastUsedAt())
-                .bind(2, activity.seconds())
-                .bind(3, activity.categoryValue());
-            return activity.previousCategoryValue()
-                       ? statement.bind(4, *activity.previousCategoryValue())
-                       : statement.bindNull(4);
+        const auto bindChangeable = [&saved = activity](Statement& statement) -> Statement& {
+            statement.bind(1, saved.lastUsedAt())
+                .bind(2, saved.seconds())
+                .bind(3, saved.categoryValue());
+            return saved.previousCategoryValue() ? statement.bind(4, *saved.previousCategoryValue())
+                                                 : statement.bindNull(4);
         };
         if (primaryKey != 0) {
             bindChangeable(s.updateActivity).bind(5, primaryKey).run();

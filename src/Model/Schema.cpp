@@ -59,6 +59,7 @@ const Schema& Schema::current() {
 
 std::vector<QByteArray> Schema::createTables() const {
     std::vector<QByteArray> statements;
+    statements.reserve(entities.size() + 3);
     for (const Entity& entity : entities) {
         statements.push_back(entity.createTable());
     }

@@ -14,7 +14,7 @@ namespace orvanta {
 namespace {
 
 constexpr int pickerWidth = 125;
-constexpr int margin = 6; // Around the name, and beside the picker.
+constexpr int nameMargin = 6; // Around the name, and beside the picker.
 
 QStyleOptionComboBox pickerOption(const QWidget& list, const QRect& area) {
     QStyleOptionComboBox option;
@@ -46,7 +46,7 @@ QSize ClassificationDelegate::pickerSize() const {
 QRect ClassificationDelegate::pickerArea(const QRect& row) const {
     const QSize size = pickerSize();
     return QStyle::alignedRect(Qt::LeftToRight, Qt::AlignRight | Qt::AlignVCenter, size,
-                               row.adjusted(0, 0, -margin, 0));
+                               row.adjusted(0, 0, -nameMargin, 0));
 }
 
 void ClassificationDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
@@ -59,8 +59,8 @@ void ClassificationDelegate::paint(QPainter* painter, const QStyleOptionViewItem
     style.drawControl(QStyle::CE_ItemViewItem, &row, painter, list_);
 
     const QRect picker = pickerArea(option.rect);
-    QRect area = option.rect.adjusted(margin, 0, 0, 0);
-    area.setRight(picker.left() - margin);
+    QRect area = option.rect.adjusted(nameMargin, 0, 0, 0);
+    area.setRight(picker.left() - nameMargin);
     const bool isSelected = row.state.testFlag(QStyle::State_Selected);
     row.palette.setCurrentColorGroup(row.state.testFlag(QStyle::State_Active) ? QPalette::Active
                                                                               : QPalette::Inactive);
@@ -84,7 +84,7 @@ void ClassificationDelegate::paint(QPainter* painter, const QStyleOptionViewItem
 QSize ClassificationDelegate::sizeHint(const QStyleOptionViewItem& /*option*/,
                                        const QModelIndex& /*index*/) const {
     const QSize picker = pickerSize();
-    return {picker.width() + 3 * margin, picker.height() + margin};
+    return {picker.width() + 3 * nameMargin, picker.height() + nameMargin};
 }
 
 bool ClassificationDelegate::editorEvent(QEvent* event, QAbstractItemModel* model,

@@ -16,7 +16,7 @@ namespace orvanta {
 
 namespace {
 
-constexpr double margin = (DayCell::pitch - DayCell::square) / 2.0;
+constexpr double squareMargin = (DayCell::pitch - DayCell::square) / 2.0;
 constexpr float pendingOpacity = 0.35F;
 
 } // namespace
@@ -50,7 +50,7 @@ void DayCell::paintContent(QPainter& painter, const Palette& palette) {
     const DeviceGrid grid(painter);
     // All days alike, wherever they fall between the pixels.
     const int side = static_cast<int>(square * grid.ratio());
-    const QRect pixels(grid.pixels(QRectF(margin, margin, square, square)).topLeft(),
+    const QRect pixels(grid.pixels(QRectF(squareMargin, squareMargin, square, square)).topLeft(),
                        QSize(side, side));
     if (classified > 0) {
         const int green = qRound(side * production / classified);

@@ -21,7 +21,7 @@ namespace orvanta {
 namespace {
 
 constexpr int daysPerWeek = 7;
-constexpr int spacing = 6; // Between the months' names and the days.
+constexpr int monthsSpacing = 6; // Between the months' names and the days.
 constexpr double labelSize = 10;
 
 } // namespace
@@ -84,8 +84,8 @@ void HistoryGrid::build(const Weeks& weeks) {
     const int width = static_cast<int>(weeks.size()) * DayCell::pitch;
     const int height = static_cast<int>(mostDays) * DayCell::pitch;
     labelsHeight_ = QFontMetrics(panelFont(labelSize, *this), this).height();
-    labelsTop_ = (contentHeight - labelsHeight_ - spacing - height) / 2;
-    days_->setGeometry((panelWidth - width) / 2, labelsTop_ + labelsHeight_ + spacing, width,
+    labelsTop_ = (contentHeight - labelsHeight_ - monthsSpacing - height) / 2;
+    days_->setGeometry((panelWidth - width) / 2, labelsTop_ + labelsHeight_ + monthsSpacing, width,
                        height);
 }
 

@@ -12,7 +12,7 @@ namespace orvanta {
 
 namespace {
 
-constexpr int spacing = 6;
+constexpr int iconSpacing = 6;
 constexpr int dotSize = 4;
 
 } // namespace
@@ -26,13 +26,13 @@ int NameCell::durationX() const {
 }
 
 int NameCell::nameSpace() const {
-    return durationX() - cellPadding - spacing - smallestGap - spacing -
-           (content_.isTimed ? dotSize + spacing : 0) -
-           (buttonWidth_ > 0 ? buttonWidth_ + spacing : 0);
+    return durationX() - cellPadding - iconSpacing - smallestGap - iconSpacing -
+           (content_.isTimed ? dotSize + iconSpacing : 0) -
+           (buttonWidth_ > 0 ? buttonWidth_ + iconSpacing : 0);
 }
 
 int NameCell::buttonX() const {
-    return cellPadding + fontMetrics().horizontalAdvance(name_) + spacing;
+    return cellPadding + fontMetrics().horizontalAdvance(name_) + iconSpacing;
 }
 
 void NameCell::setContent(const Content& content) {
@@ -61,8 +61,8 @@ void NameCell::paintContent(QPainter& painter, const Palette& palette) {
     painter.drawText(cell, line | Qt::AlignRight, content_.duration);
     if (content_.isTimed) {
         const DeviceGrid grid(painter);
-        const QRect dot = grid.pixels(
-            QRectF(durationX() - spacing - dotSize, (height() - dotSize) / 2.0, dotSize, dotSize));
+        const QRect dot = grid.pixels(QRectF(durationX() - iconSpacing - dotSize,
+                                             (height() - dotSize) / 2.0, dotSize, dotSize));
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);
         painter.setBrush(Palette::green);

@@ -10,18 +10,18 @@ namespace orvanta {
 
 namespace {
 
-constexpr int margin = 3; // Around what is seen, to be hit more easily.
+constexpr int hitMargin = 3; // Around what is seen, to be hit more easily.
 constexpr int buttonHeight = 24;
 
 } // namespace
 
 StopButton::StopButton(const Appearance& appearance, QWidget* parent)
-    : GridButton(appearance, QSize(seenWidth + 2 * margin, buttonHeight), {}, parent) {
+    : GridButton(appearance, QSize(seenWidth + 2 * hitMargin, buttonHeight), {}, parent) {
     setLabel({.symbol = Symbol::xmarkSquare, .size = 10, .ink = Ink::muted});
 }
 
 void StopButton::placeAt(int x) {
-    move(x - margin, (rowHeight - buttonHeight) / 2);
+    move(x - hitMargin, (rowHeight - buttonHeight) / 2);
 }
 
 void StopButton::setRevealed(bool revealed) {

@@ -4,6 +4,7 @@
 #include "Fakes/FakeDesktop.h"
 #include "Fakes/QtPrinters.h"
 #include "Model/Sqlite.h"
+#include "Shown.h"
 #include "Views/PanelRoot.h"
 
 #include <QAbstractButton>
@@ -21,17 +22,6 @@ using namespace Qt::StringLiterals;
 using testing::ElementsAre;
 
 namespace {
-
-template <typename Widget>
-std::vector<Widget*> shown() {
-    std::vector<Widget*> result;
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        if (auto* found = dynamic_cast<Widget*>(widget); found && found->isVisible()) {
-            result.push_back(found);
-        }
-    }
-    return result;
-}
 
 class AppDelegateTest : public testing::Test {
 protected:

@@ -2,6 +2,7 @@
 #include "Fakes/FakeDesktop.h"
 #include "Fakes/QtPrinters.h"
 #include "Model/FailingDisk.h"
+#include "Shown.h"
 #include "Told.h"
 #include "Views/ActivityRow.h"
 #include "Views/ActivityRows.h"
@@ -39,17 +40,6 @@ using namespace orvanta;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-template <typename Widget>
-std::vector<Widget*> shown() {
-    std::vector<Widget*> result;
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        if (auto* found = dynamic_cast<Widget*>(widget); found && found->isVisible()) {
-            result.push_back(found);
-        }
-    }
-    return result;
-}
 
 /// A seeded walk over everything that a person and a desktop can do to the whole application.
 ///

@@ -19,7 +19,7 @@ namespace orvanta {
 
 namespace {
 
-constexpr qsizetype longestText = 1024; ///< of a name, a class or a program's name, in bytes
+constexpr qsizetype longestName = 1024; ///< of a name, a class or a program's name, in bytes
 constexpr char nameLocale[] = "pt_BR";  // GKeyFile falls back to "pt", then to the plain name.
 
 /// Programs that run others: an entry that uses one does not own all its windows.
@@ -29,7 +29,7 @@ constexpr std::array<QByteArrayView, 14> interpreters{
 
 QByteArrayView bounded(const char* text) {
     const QByteArrayView view(text);
-    return view.size() <= longestText ? view : QByteArrayView();
+    return view.size() <= longestName ? view : QByteArrayView();
 }
 
 QByteArrayView fileName(QByteArrayView path) {

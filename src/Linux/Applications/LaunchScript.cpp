@@ -10,7 +10,7 @@ namespace orvanta {
 
 namespace {
 
-constexpr qsizetype longestText = 4096; ///< as paths; stops variables that double each other
+constexpr qsizetype longestExpansion = 4096; ///< as paths; stops variables that double each other
 
 using Variables = QHash<QByteArray, QByteArray>;
 
@@ -21,7 +21,7 @@ bool isNameCharacter(char c) {
 /// Puts values for $NAME and ${NAME}; for "${NAME:-other}", too, the value.
 QByteArray expanded(QByteArrayView text, const Variables& variables) {
     QByteArray result;
-    while (!text.isEmpty() && result.size() <= longestText) {
+    while (!text.isEmpty() && result.size() <= longestExpansion) {
         const bool isBraced = text.startsWith("${");
         const auto begin = text.begin() + (isBraced ? 2 : 1);
         if (text.front() != '$' || text.size() < 2 || begin == text.end() ||

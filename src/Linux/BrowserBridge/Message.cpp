@@ -13,7 +13,7 @@ namespace orvanta {
 
 namespace {
 
-constexpr int version = 1;
+constexpr int protocolVersion = 1;
 
 // RFC 1035, 2.3.4, less the two bytes that never show in a name's text.
 constexpr qsizetype longestHost = 253;
@@ -78,7 +78,7 @@ std::variant<ExtensionMessage, MessageError> parseMessage(std::string_view json)
         return error("not a JSON object");
     }
     const QJsonObject object = document.object();
-    if (object.value(QLatin1String("v")) != QJsonValue(version)) {
+    if (object.value(QLatin1String("v")) != QJsonValue(protocolVersion)) {
         return error("not version 1");
     }
 

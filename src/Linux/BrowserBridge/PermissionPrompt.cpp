@@ -13,7 +13,7 @@ namespace orvanta {
 
 namespace {
 
-QLabel* makeLabel(QWidget* parent) {
+QLabel* makeWideLabel(QWidget* parent) {
     constexpr int width = 400;
     auto* label = new QLabel(parent);
     label->setFixedWidth(width);
@@ -28,8 +28,8 @@ QLabel* makeLabel(QWidget* parent) {
 PermissionPrompt::PermissionPrompt(const QString& browser, Actions actions)
     : browser_(browser)
     , actions_(std::move(actions))
-    , text_(makeLabel(this))
-    , detail_(makeLabel(this))
+    , text_(makeWideLabel(this))
+    , detail_(makeWideLabel(this))
     , buttons_(new QDialogButtonBox(this)) {
     setAttribute(Qt::WA_DeleteOnClose);
     setAttribute(Qt::WA_ShowWithoutActivating);

@@ -156,7 +156,7 @@ void Logind::noteSession(const Properties& properties) {
     }
     if (const auto locked = properties.value<bool>("LockedHint")) {
         hintHeard_ = true;
-        setLockedHint(*locked);
+        setLockedHint(locked);
     }
 }
 

@@ -6,18 +6,18 @@ namespace orvanta {
 
 namespace {
 
-QString name() {
+QString displayConfig() {
     return QStringLiteral("org.gnome.Mutter.DisplayConfig");
 }
 
-QString path() {
+QString displayConfigPath() {
     return QStringLiteral("/org/gnome/Mutter/DisplayConfig");
 }
 
 } // namespace
 
 MutterDisplays::MutterDisplays(const QDBusConnection& sessionBus, MainLoop& mainLoop)
-    : service_(sessionBus, name(), mainLoop) {
+    : service_(sessionBus, displayConfig(), mainLoop) {
     connect(&service_, &BusService::appeared, this, &MutterDisplays::greet);
     connect(&service_, &BusService::forgotten, this, [this] { setOff(false); });
 }
@@ -25,9 +25,9 @@ MutterDisplays::MutterDisplays(const QDBusConnection& sessionBus, MainLoop& main
 void MutterDisplays::greet() {
     heard_ = false;
     asking_ = false;
-    service_.listen(path(), propertiesInterface(), QStringLiteral("PropertiesChanged"),
+    service_.listen(displayConfigPath(), propertiesInterface(), QStringLiteral("PropertiesChanged"),
                     [this](const QDBusMessage& signal) {
-                        const auto properties = Properties::ofSignal(signal, name());
+                        const auto properties = Properties::ofSignal(signal, displayConfig());
                         note(properties);
                         if (properties.someUntold) {
                             ask();
@@ -40,8 +40,8 @@ void MutterDisplays::ask() {
     if (std::exchange(asking_, true)) {
         return;
     }
-    service_.ask(path(), propertiesInterface(), QStringLiteral("GetAll"), {name()},
-                 [this](const QDBusMessage& answer) {
+    service_.ask(displayConfigPath(), propertiesInterface(), QStringLiteral("GetAll"),
+                 {displayConfig()}, [this](const QDBusMessage& answer) {
                      asking_ = false;
                      note(Properties::ofReply(answer));
                      if (!heard_) {

@@ -10,7 +10,7 @@ namespace orvanta {
 
 namespace {
 
-constexpr int root = 0;
+constexpr int rootItem = 0;
 
 bool isSeparator(const StatusMenuItem& item) {
     return item.text.isEmpty();
@@ -69,7 +69,7 @@ void StatusMenu::askOnce() {
 bool StatusMenu::ask() {
     if (revision_ == 0) {
         askOnce();
-        Q_EMIT LayoutUpdated(revision_, root);
+        Q_EMIT LayoutUpdated(revision_, rootItem);
         return true;
     }
     const auto before = std::exchange(items_, menu_());
@@ -90,7 +90,7 @@ bool StatusMenu::ask() {
         firstId_ += static_cast<int>(before.size());
     }
     ++revision_;
-    Q_EMIT LayoutUpdated(revision_, root);
+    Q_EMIT LayoutUpdated(revision_, rootItem);
     return true;
 }
 
@@ -107,8 +107,9 @@ const StatusMenuItem& StatusMenu::entry(int id) const {
 
 QVariantMap StatusMenu::properties(int id, const QStringList& names) const {
     QVariantMap all =
-        id == root ? QVariantMap{{QStringLiteral("children-display"), QStringLiteral("submenu")}}
-                   : allProperties(entry(id));
+        id == rootItem
+            ? QVariantMap{{QStringLiteral("children-display"), QStringLiteral("submenu")}}
+            : allProperties(entry(id));
     if (!names.isEmpty()) {
         all.removeIf([&names](const QVariantMap::iterator& property) {
             return !names.contains(property.key());
@@ -126,13 +127,13 @@ void StatusMenu::complain(int id) {
 uint StatusMenu::GetLayout(int parentId, int recursionDepth, const QStringList& propertyNames,
                            MenuLayout& layout) {
     askOnce();
-    if (parentId != root && !isEntry(parentId)) {
+    if (parentId != rootItem && !isEntry(parentId)) {
         complain(parentId);
         return revision_;
     }
     layout.id = parentId;
     layout.properties = properties(parentId, propertyNames);
-    if (parentId == root && recursionDepth != 0) {
+    if (parentId == rootItem && recursionDepth != 0) {
         for (int id = firstId_; id <= lastId(); ++id) {
             const MenuLayout child{id, properties(id, propertyNames), {}};
             layout.children.append(QDBusVariant(QVariant::fromValue(child)));
@@ -149,8 +150,8 @@ QList<MenuProperties> StatusMenu::GetGroupProperties(const QList<int>& ids,
         return wanted.isEmpty() || wanted.contains(id);
     };
     QList<MenuProperties> list;
-    if (isWanted(root)) {
-        list.append({root, properties(root, propertyNames)});
+    if (isWanted(rootItem)) {
+        list.append({rootItem, properties(rootItem, propertyNames)});
     }
     for (int id = firstId_; id <= lastId(); ++id) {
         if (isWanted(id)) {
@@ -162,7 +163,8 @@ QList<MenuProperties> StatusMenu::GetGroupProperties(const QList<int>& ids,
 
 QDBusVariant StatusMenu::GetProperty(int id, const QString& name) {
     askOnce();
-    const QVariantMap found = id == root || isEntry(id) ? properties(id, {name}) : QVariantMap();
+    const QVariantMap found =
+        id == rootItem || isEntry(id) ? properties(id, {name}) : QVariantMap();
     if (found.isEmpty()) {
         complain(id);
         return QDBusVariant(QString());
@@ -173,7 +175,7 @@ QDBusVariant StatusMenu::GetProperty(int id, const QString& name) {
 /// Whether there is such an entry.
 bool StatusMenu::happen(int id, const QString& name) {
     if (!isEntry(id)) {
-        return id == root;
+        return id == rootItem;
     }
     if (const auto& action = entry(id).action; action && name == QLatin1String("clicked")) {
         // The host has its answer first, however long the action takes.
@@ -203,7 +205,7 @@ QList<int> StatusMenu::EventGroup(const QList<MenuEvent>& events) {
 }
 
 bool StatusMenu::AboutToShow(int id) {
-    if (id == root) {
+    if (id == rootItem) {
         return open();
     }
     if (!isEntry(id)) {
@@ -213,13 +215,13 @@ bool StatusMenu::AboutToShow(int id) {
 }
 
 QList<int> StatusMenu::AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors) {
-    const bool changed = ids.contains(root) && open();
+    const bool changed = ids.contains(rootItem) && open();
     for (const int id : ids) {
-        if (id != root && !isEntry(id)) {
+        if (id != rootItem && !isEntry(id)) {
             idErrors.append(id);
         }
     }
-    return changed ? QList<int>{root} : QList<int>{};
+    return changed ? QList<int>{rootItem} : QList<int>{};
 }
 
 } // namespace orvanta

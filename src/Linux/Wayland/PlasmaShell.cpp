@@ -17,7 +17,7 @@ namespace orvanta {
 namespace {
 
 // From 5 on a window can be left out of the switcher.
-constexpr uint32_t lowestVersion = 5;
+constexpr uint32_t lowestShellVersion = 5;
 
 } // namespace
 
@@ -31,10 +31,10 @@ PlasmaShell::PlasmaShell() {
         [](void* self, wl_registry* registry, uint32_t name, const char* interface,
            uint32_t version) {
             if (std::string_view(interface) == org_kde_plasma_shell_interface.name &&
-                version >= lowestVersion) {
+                version >= lowestShellVersion) {
                 static_cast<PlasmaShell*>(self)->shell_ =
                     static_cast<org_kde_plasma_shell*>(wl_registry_bind(
-                        registry, name, &org_kde_plasma_shell_interface, lowestVersion));
+                        registry, name, &org_kde_plasma_shell_interface, lowestShellVersion));
             }
         },
         [](void*, wl_registry*, uint32_t) {

@@ -10,12 +10,12 @@ namespace {
 
 const auto shell = QStringLiteral("org.gnome.Shell");
 const auto shellPath = QStringLiteral("/org/gnome/Shell");
-const auto ours = QStringLiteral("com.brindlework.orvanta.Shell");
-const auto ourPath = QStringLiteral("/com/brindlework/orvanta/Shell");
+const auto extensionInterface = QStringLiteral("com.brindlework.orvanta.Shell");
+const auto extensionPath = QStringLiteral("/com/brindlework/orvanta/Shell");
 
 // Of an extension, as GetExtensionInfo tells it (gnome-shell's "extensionUtils.js").
 constexpr double enabled = 1;
-constexpr double failed = 3;
+constexpr double loadingFailed = 3;
 constexpr double outOfDate = 4;
 
 } // namespace
@@ -42,10 +42,10 @@ std::optional<QString> GnomeWindowWatcher::allow() {
 }
 
 void GnomeWindowWatcher::greet() {
-    service_.listen(ourPath, ours, QStringLiteral("FocusChanged"),
+    service_.listen(extensionPath, extensionInterface, QStringLiteral("FocusChanged"),
                     [this](const QDBusMessage& focus) { note(focus); });
     // The shell also takes it away for a moment when another extension goes.
-    service_.listen(ourPath, ours, QStringLiteral("Ended"),
+    service_.listen(extensionPath, extensionInterface, QStringLiteral("Ended"),
                     [this](const QDBusMessage& /*signal*/) { ask(); });
     service_.ask(shellPath, propertiesInterface(), QStringLiteral("Get"),
                  {shell, QStringLiteral("ShellVersion")}, [this](const QDBusMessage& answer) {
@@ -58,13 +58,14 @@ void GnomeWindowWatcher::greet() {
 }
 
 void GnomeWindowWatcher::ask() {
-    service_.ask(ourPath, ours, QStringLiteral("GetFocus"), {}, [this](const QDBusMessage& answer) {
-        if (!note(answer)) {
-            setActiveWindow(std::nullopt);
-            setState(State::Waiting);
-            askExtension();
-        }
-    });
+    service_.ask(extensionPath, extensionInterface, QStringLiteral("GetFocus"), {},
+                 [this](const QDBusMessage& answer) {
+                     if (!note(answer)) {
+                         setActiveWindow(std::nullopt);
+                         setState(State::Waiting);
+                         askExtension();
+                     }
+                 });
 }
 
 bool GnomeWindowWatcher::note(const QDBusMessage& focus) {
@@ -110,7 +111,7 @@ WindowWatching GnomeWindowWatcher::reason(const QDBusMessage& information) const
     if (!state) { // The shell does not know it: it looks for them at the login.
         return extension_.isInstalled() ? State::NeedsLogin : State::NeedsPermission;
     }
-    if (*state != enabled && *state != outOfDate && *state != failed) {
+    if (*state != enabled && *state != outOfDate && *state != loadingFailed) {
         return State::NeedsPermission;
     }
     // It may have been replaced since the shell loaded it, or passed it over.

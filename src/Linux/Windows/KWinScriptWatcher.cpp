@@ -17,8 +17,8 @@ const auto scriptingInterface = QStringLiteral("org.kde.kwin.Scripting");
 // KWin knows a script by it. One that a killed process left is replaced.
 const auto scriptName = QStringLiteral("com.brindlework.orvanta");
 
-const auto ourPath = QStringLiteral("/com/brindlework/orvanta/Windows");
-const auto ours = QStringLiteral("com.brindlework.orvanta.Windows");
+const auto earPath = QStringLiteral("/com/brindlework/orvanta/Windows");
+const auto earInterface = QStringLiteral("com.brindlework.orvanta.Windows");
 
 // Plasma 6 speaks of windows where Plasma 5 spoke of clients. All as text: of what type a number
 // comes is for KWin to choose.
@@ -40,11 +40,11 @@ public:
         : hear_(std::move(hear)) {}
 
     QString introspect(const QString& /*path*/) const override {
-        return QStringLiteral("<interface name=\"") + ours +
+        return QStringLiteral("<interface name=\"") + earInterface +
                QStringLiteral("\"><method name=\"Activated\"/></interface>");
     }
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
-        if (message.interface() != ours || message.member() != QLatin1String("Activated")) {
+        if (message.interface() != earInterface || message.member() != QLatin1String("Activated")) {
             return false;
         }
         hear_(message);
@@ -70,14 +70,14 @@ KWinScriptWatcher::KWinScriptWatcher(QDBusConnection sessionBus, MainLoop& mainL
     if (state() == State::Unsupported) {
         return;
     }
-    bus_.registerVirtualObject(ourPath, ear_.get());
+    bus_.registerVirtualObject(earPath, ear_.get());
     connect(&service_, &BusService::appeared, this, &KWinScriptWatcher::load);
     connect(&service_, &BusService::vanished, this, &KWinScriptWatcher::leave);
     service_.start();
 }
 
 KWinScriptWatcher::~KWinScriptWatcher() {
-    bus_.unregisterObject(ourPath);
+    bus_.unregisterObject(earPath);
     if (service_.isPresent()) {
         service_.tell(scripting, scriptingInterface, QStringLiteral("unloadScript"), {scriptName});
     }
@@ -115,7 +115,7 @@ bool KWinScriptWatcher::write() const {
     QDir().mkpath(folder_);
     QSaveFile saved(file());
     const QByteArray text =
-        QString::fromLatin1(script).arg(bus_.baseService(), ourPath, ours).toUtf8();
+        QString::fromLatin1(script).arg(bus_.baseService(), earPath, earInterface).toUtf8();
     return saved.open(QIODevice::WriteOnly) && saved.write(text) == text.size() && saved.commit();
 }
 

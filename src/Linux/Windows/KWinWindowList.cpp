@@ -11,13 +11,13 @@ namespace orvanta {
 
 namespace {
 
-using Manager = org_kde_plasma_window_management;
-using Handle = org_kde_plasma_window;
+using PlasmaManager = org_kde_plasma_window_management;
+using PlasmaHandle = org_kde_plasma_window;
 
 // From 4 on a window can be destroyed; from 13 on the list names them by UUID. Above the version
 // known here there are events that a newer description has and nobody is told of.
-constexpr uint32_t lowestVersion = 4;
-constexpr uint32_t knownVersion = 16;
+constexpr uint32_t lowestPlasmaVersion = 4;
+constexpr uint32_t knownPlasmaVersion = 16;
 
 /// An event of no interest here.
 template <typename... Arguments>
@@ -26,36 +26,36 @@ void ignore(Arguments... /*arguments*/) {}
 } // namespace
 
 struct KWinWindowList::PlasmaWindow final : ListedWindowWatcher::Listed {
-    PlasmaWindow(ListedWindowWatcher& itsWatcher, Handle* itsHandle)
+    PlasmaWindow(ListedWindowWatcher& itsWatcher, PlasmaHandle* itsHandle)
         : watcher(itsWatcher)
         , handle(itsHandle) {}
     ~PlasmaWindow() override { org_kde_plasma_window_destroy(handle); }
 
     ListedWindowWatcher& watcher;
-    Handle* handle;
+    PlasmaHandle* handle;
 };
 
 std::unique_ptr<KWinWindowList> KWinWindowList::open(WaylandConnection& connection,
                                                      ListedWindowWatcher& watcher) {
-    auto* const manager = connection.bind<Manager>(org_kde_plasma_window_management_interface,
-                                                   lowestVersion, knownVersion);
+    auto* const manager = connection.bind<PlasmaManager>(org_kde_plasma_window_management_interface,
+                                                         lowestPlasmaVersion, knownPlasmaVersion);
     return std::unique_ptr<KWinWindowList>(manager != nullptr ? new KWinWindowList(manager, watcher)
                                                               : nullptr);
 }
 
-KWinWindowList::KWinWindowList(Manager* manager, ListedWindowWatcher& watcher)
+KWinWindowList::KWinWindowList(PlasmaManager* manager, ListedWindowWatcher& watcher)
     : manager_(manager)
     , watcher_(watcher) {
     static constexpr auto listener = [] {
         org_kde_plasma_window_management_listener made{};
         made.show_desktop_changed = ignore;
-        made.window = [](void* self, Manager* list, uint32_t id) {
+        made.window = [](void* self, PlasmaManager* list, uint32_t id) {
             static_cast<KWinWindowList*>(self)->add(
                 org_kde_plasma_window_management_get_window(list, id));
         };
         made.stacking_order_changed = ignore;
         made.stacking_order_uuid_changed = ignore;
-        made.window_with_uuid = [](void* self, Manager* list, uint32_t, const char* uuid) {
+        made.window_with_uuid = [](void* self, PlasmaManager* list, uint32_t, const char* uuid) {
             static_cast<KWinWindowList*>(self)->add(
                 org_kde_plasma_window_management_get_window_by_uuid(list, uuid));
         };
@@ -68,30 +68,30 @@ KWinWindowList::~KWinWindowList() {
     org_kde_plasma_window_management_destroy(manager_);
 }
 
-void KWinWindowList::add(Handle* handle) {
+void KWinWindowList::add(PlasmaHandle* handle) {
     static constexpr auto windowOf = [](void* data) -> PlasmaWindow& {
         return *static_cast<PlasmaWindow*>(data);
     };
     static constexpr auto listener = [] {
         org_kde_plasma_window_listener made{};
         made.title_changed = ignore;
-        made.app_id_changed = [](void* data, Handle*, const char* name) {
+        made.app_id_changed = [](void* data, PlasmaHandle*, const char* name) {
             windowOf(data).window.wmClass = ListedWindowWatcher::boundedName(name);
         };
-        made.state_changed = [](void* data, Handle*, uint32_t flags) {
+        made.state_changed = [](void* data, PlasmaHandle*, uint32_t flags) {
             windowOf(data).watcher.setActive(
                 windowOf(data), (flags & ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_ACTIVE) != 0);
         };
         made.virtual_desktop_changed = ignore;
         made.themed_icon_name_changed = ignore;
-        made.unmapped = [](void* data, Handle*) {
+        made.unmapped = [](void* data, PlasmaHandle*) {
             windowOf(data).watcher.remove(windowOf(data));
         };
         made.initial_state = ignore;
         made.parent_window = ignore;
         made.geometry = ignore;
         made.icon_changed = ignore;
-        made.pid_changed = [](void* data, Handle*, uint32_t process) {
+        made.pid_changed = [](void* data, PlasmaHandle*, uint32_t process) {
             windowOf(data).window.processIdentifier =
                 process != 0 ? std::optional<qint64>(process) : std::nullopt;
         };
@@ -100,7 +100,7 @@ void KWinWindowList::add(Handle* handle) {
         made.application_menu = ignore;
         made.activity_entered = ignore;
         made.activity_left = ignore;
-        made.resource_name_changed = [](void* data, Handle*, const char* name) {
+        made.resource_name_changed = [](void* data, PlasmaHandle*, const char* name) {
             windowOf(data).window.wmInstance = ListedWindowWatcher::boundedName(name);
         };
         return made;

@@ -21,7 +21,7 @@ constexpr QByteArrayView magic("i3-ipc");
 constexpr qsizetype headerLength = magic.size() + 2 * sizeof(std::uint32_t);
 
 // A thousand windows take less than two.
-constexpr std::uint32_t longestText = 16 * 1024 * 1024;
+constexpr std::uint32_t longestReply = 16 * 1024 * 1024;
 
 /// Where the header has a number, in the machine's byte order.
 std::uint32_t numberAt(const QByteArray& bytes, qsizetype index) {
@@ -130,7 +130,7 @@ bool SwayConnection::cut() {
         return false;
     }
     const std::uint32_t length = numberAt(bytes_, 0);
-    if (length > longestText) {
+    if (length > longestReply) {
         end();
         return false;
     }

@@ -13,22 +13,22 @@ namespace orvanta {
 
 namespace {
 
-using Manager = zwlr_foreign_toplevel_manager_v1;
-using Handle = zwlr_foreign_toplevel_handle_v1;
+using WlrManager = zwlr_foreign_toplevel_manager_v1;
+using WlrHandle = zwlr_foreign_toplevel_handle_v1;
 
-constexpr uint32_t knownVersion = 3;
+constexpr uint32_t knownWlrVersion = 3;
 
 } // namespace
 
 /// What is told of it holds from its "done" on.
 struct WlrWindowList::Toplevel final : ListedWindowWatcher::Listed {
-    Toplevel(WlrWindowList& itsList, Handle* itsHandle)
+    Toplevel(WlrWindowList& itsList, WlrHandle* itsHandle)
         : list(itsList)
         , handle(itsHandle) {}
     ~Toplevel() override { zwlr_foreign_toplevel_handle_v1_destroy(handle); }
 
     WlrWindowList& list;
-    Handle* handle;
+    WlrHandle* handle;
     QString toldAppId;
     bool toldActive = false;
 };
@@ -36,19 +36,19 @@ struct WlrWindowList::Toplevel final : ListedWindowWatcher::Listed {
 std::unique_ptr<WlrWindowList> WlrWindowList::open(WaylandConnection& connection,
                                                    ListedWindowWatcher& watcher) {
     auto* const manager =
-        connection.bind<Manager>(zwlr_foreign_toplevel_manager_v1_interface, 1, knownVersion);
+        connection.bind<WlrManager>(zwlr_foreign_toplevel_manager_v1_interface, 1, knownWlrVersion);
     return std::unique_ptr<WlrWindowList>(manager != nullptr ? new WlrWindowList(manager, watcher)
                                                              : nullptr);
 }
 
-WlrWindowList::WlrWindowList(Manager* manager, ListedWindowWatcher& watcher)
+WlrWindowList::WlrWindowList(WlrManager* manager, ListedWindowWatcher& watcher)
     : manager_(manager)
     , watcher_(watcher) {
     static constexpr zwlr_foreign_toplevel_manager_v1_listener listener{
-        .toplevel = [](void* self, Manager*,
-                       Handle* handle) { static_cast<WlrWindowList*>(self)->add(handle); },
+        .toplevel = [](void* self, WlrManager*,
+                       WlrHandle* handle) { static_cast<WlrWindowList*>(self)->add(handle); },
         .finished =
-            [](void* self, Manager*) {
+            [](void* self, WlrManager*) {
                 static_cast<WlrWindowList*>(self)->watcher_.withdraw();
             }};
     zwlr_foreign_toplevel_manager_v1_add_listener(manager_, &listener, this);
@@ -58,25 +58,25 @@ WlrWindowList::~WlrWindowList() {
     zwlr_foreign_toplevel_manager_v1_destroy(manager_);
 }
 
-void WlrWindowList::add(Handle* handle) {
+void WlrWindowList::add(WlrHandle* handle) {
     static constexpr auto toplevelOf = [](void* data) -> Toplevel& {
         return *static_cast<Toplevel*>(data);
     };
     static constexpr zwlr_foreign_toplevel_handle_v1_listener listener{
-        .title = [](void*, Handle*, const char*) {},
+        .title = [](void*, WlrHandle*, const char*) {},
         .app_id =
-            [](void* data, Handle*, const char* appId) {
+            [](void* data, WlrHandle*, const char* appId) {
                 toplevelOf(data).toldAppId = ListedWindowWatcher::boundedName(appId);
             },
-        .output_enter = [](void*, Handle*, wl_output*) {},
-        .output_leave = [](void*, Handle*, wl_output*) {},
-        .state = [](void* data, Handle*,
+        .output_enter = [](void*, WlrHandle*, wl_output*) {},
+        .output_leave = [](void*, WlrHandle*, wl_output*) {},
+        .state = [](void* data, WlrHandle*,
                     wl_array* states) { tellState(toplevelOf(data), *states); },
-        .done = [](void* data, Handle*) { toplevelOf(data).list.done(toplevelOf(data)); },
+        .done = [](void* data, WlrHandle*) { toplevelOf(data).list.done(toplevelOf(data)); },
         .closed = [](void* data,
-                     Handle*) { toplevelOf(data).list.watcher_.remove(toplevelOf(data)); },
+                     WlrHandle*) { toplevelOf(data).list.watcher_.remove(toplevelOf(data)); },
         .parent =
-            [](void*, Handle*, Handle*) {
+            [](void*, WlrHandle*, WlrHandle*) {
             }};
     auto toplevel = std::make_unique<Toplevel>(*this, handle);
     zwlr_foreign_toplevel_handle_v1_add_listener(handle, &listener, toplevel.get());

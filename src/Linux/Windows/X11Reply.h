@@ -9,6 +9,9 @@
 
 namespace orvanta {
 
+/// Of _NET_CLIENT_LIST, in 32-bit units: more windows than that are not looked at.
+inline constexpr uint32_t longestClientList = 16384;
+
 /// What libxcb hands over is to be freed.
 struct X11Free {
     void operator()(void* reply) const { std::free(reply); }

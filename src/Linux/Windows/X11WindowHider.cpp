@@ -20,8 +20,6 @@ constexpr uint32_t iconicState = 3;
 /// Browsers ask to be activated when they have come up, which brings their window back.
 constexpr int mostTimes = 5;
 
-constexpr uint32_t longestClientList = 16384; // in 32-bit units
-
 xcb_get_property_cookie_t request(xcb_connection_t* connection, xcb_window_t window,
                                   xcb_atom_t property, xcb_atom_t type, uint32_t length) {
     return xcb_get_property(connection, 0, window, property, type, 0, length);

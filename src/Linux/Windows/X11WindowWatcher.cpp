@@ -28,10 +28,9 @@ constexpr std::chrono::milliseconds gathering{10};
 constexpr MainLoop::Duration noneSettling{0.1};
 
 /// Lengths in 32-bit units, as GetProperty counts.
-constexpr uint32_t longestText = 1024 / 4;
+constexpr uint32_t longestProperty = 1024 / 4;
 constexpr uint32_t longestTypeList = 32;
 constexpr uint32_t longestSupportedList = 4096;
-constexpr uint32_t longestClientList = 16384;
 
 constexpr uint32_t checkWindowEvents =
     XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
@@ -160,10 +159,10 @@ bool hasClass(const Window& window) {
 /// What is asked of the active window.
 struct X11WindowWatcher::WindowRequest {
     WindowRequest(xcb_connection_t* c, xcb_window_t window, const Atoms& atoms, bool tellsClientIds)
-        : wmClass(c, window, XCB_ATOM_WM_CLASS, longestText)
+        : wmClass(c, window, XCB_ATOM_WM_CLASS, longestProperty)
         , types(c, window, atoms[WindowType], longestTypeList)
-        , gtkApplicationId(c, window, atoms[GtkApplicationId], longestText)
-        , desktopFile(c, window, atoms[KdeDesktopFile], longestText)
+        , gtkApplicationId(c, window, atoms[GtkApplicationId], longestProperty)
+        , desktopFile(c, window, atoms[KdeDesktopFile], longestProperty)
         , claimedPid(c, window, atoms[WmPid], 1)
         , clientIds(c, window, tellsClientIds) {}
 
