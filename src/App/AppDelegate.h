@@ -12,6 +12,7 @@
 #include "Setup/Setup.h"
 #include "Tracking/Tracker.h"
 #include "Views/PanelSurroundings.h"
+#include "Views/PlainLabels.h"
 #include "Views/Popover.h"
 #include "Views/Text/StatusText.h"
 
@@ -103,6 +104,7 @@ private:
     void windowWillClose();
 
     Surroundings surroundings_;
+    PlainLabels plainLabels_;
     Desktop& desktop_;
     Platform platform_;
     UserDefaults defaults_;
