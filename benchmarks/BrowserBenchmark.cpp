@@ -37,7 +37,7 @@ void readFromTheState(benchmark::State& state) {
     const QString socketPath = folder.filePath(QStringLiteral("browsers"));
     // This process is the host, and its own parent the browser.
     const QString host = QFile::symLinkTarget(QStringLiteral("/proc/self/exe"));
-    BrowserBridge bridge({socketPath, host}, systemUptime);
+    BrowserBridge bridge({socketPath, host}, systemUptime, [](qint64) { return true; });
 
     const int connection = ::socket(AF_UNIX, SOCK_STREAM, 0);
     sockaddr_un address{};

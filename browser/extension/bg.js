@@ -1,8 +1,9 @@
 "use strict";
 
 // Tells Orvanta, through the program that the browser starts for it, which site is in front: scheme
-// and host of the active tab, and whether one of this profile's windows has the focus. It speaks when
-// that changes, when a window gets the focus and when it is asked. Private windows are closed to it by the manifest.
+// and host of the active tab, and whether one of this profile's windows has the focus. It is silent
+// until Orvanta says that the person has agreed. Then it speaks when that changes, when a window gets the
+// focus and when it is asked. Private windows are closed to it by the manifest.
 
 const api = globalThis.browser ?? chrome;
 
@@ -18,6 +19,7 @@ const NAME = /^(?:[a-z0-9_][a-z0-9._-]{0,252}|\[[0-9a-f.]*:[0-9a-f:.]*\])$/;
 let port = null;
 let openedAt = 0;
 let wait = FIRST_WAIT;
+let mayTell = false;
 let told = "";
 let turn = Promise.resolve();
 
@@ -41,9 +43,12 @@ async function state() {
 // One at a time and in order, so that what was looked up first is not said last.
 function say(answer) {
   turn = turn.then(async () => {
+    if (!mayTell) {
+      return;
+    }
     const now = await state();
     const text = JSON.stringify(now);
-    if (port && (answer || text !== told)) {
+    if (port && mayTell && (answer || text !== told)) {
       told = text;
       port.postMessage(answer ? { ...now, answer } : now);
     }
@@ -57,11 +62,15 @@ function connect() {
   const opened = api.runtime.connectNative(HOST);
   port = opened;
   openedAt = Date.now();
-  told = "";
+  mayTell = false;
   opened.onMessage.addListener((message) => {
     if (message?.v !== VERSION) {
       opened.disconnect();
       lost();
+    } else if (typeof message.tell === "boolean") {
+      mayTell = message.tell;
+      told = "";
+      say();
     } else if (Number.isInteger(message.ask)) {
       say(message.ask);
     }
@@ -72,7 +81,6 @@ function connect() {
       lost();
     }
   });
-  say();
 }
 
 // The host ended, or is not there. Tried again soon, then ever later, and from then on once a minute:

@@ -119,6 +119,12 @@ bool AppDelegate::applicationDidFinishLaunching() {
         [this] { return desktop_.uptime(); }, [this] { return Date::from(platform_.systemTime()); },
         calendar_, [this] { return frontmostFocus(platform_.workspace); }, platform_);
 
+    const auto silence = [this] {
+        automation_->setSilenced(tracker_->disabledBrowsers());
+    };
+    connect(tracker_.get(), &Tracker::disabledBrowsersChanged, this, silence);
+    silence();
+
     status_ = desktop_.makeStatusItem(
         {.activate = [this](std::optional<QPoint> place) { togglePopover(place); },
          .menu = [this] { return statusMenu(); },

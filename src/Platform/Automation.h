@@ -5,6 +5,7 @@
 #include <chrono>
 #include <functional>
 #include <optional>
+#include <set>
 
 namespace orvanta {
 
@@ -73,6 +74,10 @@ public:
     /// Sees to it that what was allowed once still works from where the program is now. Does I/O:
     /// not before the first seconds are over.
     virtual void renewPreparations() = 0;
+
+    /// Browsers whose sites the person does not want identified: they tell nothing, whatever was
+    /// allowed.
+    virtual void setSilenced(std::set<QString> bundleIdentifiers) = 0;
 
 protected:
     Automation() = default;

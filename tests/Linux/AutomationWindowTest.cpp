@@ -269,6 +269,57 @@ TEST_F(LinuxAutomationTest, ABrowserThatWasAgreedToAndDoesNotCallIsToldWhatIsLef
     EXPECT_FALSE(shown<PermissionPrompt>());
 }
 
+TEST_F(LinuxAutomationTest, ABrowserIsHeardWhileThePersonWantsItAlone) {
+    launch();
+    Host browser(socket);
+    const auto told = [&browser] {
+        const QByteArray heard = browser.heard();
+        return QString::fromLatin1(heard.count("\"tell\":true") == 1    ? "speak"
+                                   : heard.count("\"tell\":false") == 1 ? "be silent"
+                                   : heard.isEmpty()                    ? ""
+                                                                        : "nonsense");
+    };
+    /// What a read of the site in front gives, which nobody has to wait for.
+    const auto site = [this] {
+        QString origin = u"(unanswered)"_s;
+        automation->transport().send(
+            {.eventClass = fourCharCode("core"),
+             .eventID = fourCharCode("getd"),
+             .target = EventDescriptor::processIdentifier(static_cast<int>(process)),
+             .parameters = {{AppleEvent::directObject, EventDescriptor::record()}}},
+            0, AppleEventTransport::Duration(2), [&origin](const std::optional<AppleEvent>& reply) {
+                const auto* address = reply ? reply->parameter(AppleEvent::directObject) : nullptr;
+                origin = address ? *address->stringValue() : QString();
+            });
+        return origin;
+    };
+    EXPECT_EQ(told(), u"be silent"_s) << "undecided";
+    browser.say("https://example.org", true);
+    EXPECT_EQ(site(), QString()) << "one that speaks nevertheless is not heard";
+    EXPECT_FALSE(browser.isClosed());
+
+    automation->permission().agree(u"chromium"_s);
+    EXPECT_EQ(told(), u"speak"_s);
+    EXPECT_EQ(site(), u"(unanswered)"_s) << "what was said before is not remembered";
+    browser.say("https://example.org", true);
+    EXPECT_EQ(site(), u"https://example.org"_s);
+
+    automation->setSilenced({u"chromium"_s});
+    EXPECT_EQ(told(), u"be silent"_s) << "switched off in the settings";
+    EXPECT_EQ(site(), QString());
+    automation->setSilenced({u"firefox"_s});
+    EXPECT_EQ(told(), u"speak"_s);
+    {
+        Host profile(socket);
+        EXPECT_TRUE(profile.heard().contains("\"tell\":true")) << "a second profile";
+    }
+    EXPECT_EQ(told(), QString());
+    automation->permission().refuse(u"chromium"_s);
+    EXPECT_EQ(told(), u"be silent"_s);
+    browser.say("https://example.org", true);
+    EXPECT_EQ(site(), QString());
+}
+
 } // namespace
 
 } // namespace orvanta

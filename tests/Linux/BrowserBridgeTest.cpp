@@ -49,7 +49,7 @@ protected:
     void open() {
         bridge = std::make_unique<BrowserBridge>(
             BrowserBridge::Place{socket, hostExecutable, folder.filePath(u"proc"_s)},
-            [this] { return loop.now(); });
+            [this] { return loop.now(); }, [](qint64) { return true; });
         transport = std::make_unique<BrowserTransport>(
             *bridge,
             BrowserTransport::Surroundings{workspace, center, loop, [this] { return loop.now(); },
@@ -134,7 +134,8 @@ TEST_F(BrowserBridgeTest, OnlyTheHostsOfThisPersonsBrowsersAreLetIn) {
 
 TEST_F(BrowserBridgeTest, APlaceThatIsTakenStaysAsItIs) {
     const auto problemAt = [this](const QString& path) {
-        const BrowserBridge taken({path, hostExecutable}, [] { return 0.0; });
+        const BrowserBridge taken(
+            {path, hostExecutable}, [] { return 0.0; }, [](qint64) { return true; });
         EXPECT_FALSE(taken.isListening());
         return taken.problem();
     };

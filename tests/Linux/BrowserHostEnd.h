@@ -8,11 +8,12 @@
 #include <QString>
 
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include <algorithm>
 
 namespace orvanta {
 
@@ -54,18 +55,19 @@ public:
             (answer != 0 ? ",\"answer\":" + QByteArray::number(answer) : QByteArray()) + '}');
     }
 
-    /// How often it was asked since the last look.
-    int questions() {
+    /// All that it was sent since the last look, the frames' headers with it.
+    QByteArray heard() {
         settle();
         QByteArray bytes(4096, '\0');
-        const ssize_t size = ::recv(socket_, bytes.data(), 4096, 0);
-        return size > 0 ? static_cast<int>(bytes.first(size).count("\"ask\"")) : 0;
+        bytes.truncate(std::max<ssize_t>(::recv(socket_, bytes.data(), 4096, 0), 0));
+        return bytes;
     }
+    /// How often it was asked since the last look.
+    int questions() { return static_cast<int>(heard().count("\"ask\"")); }
     bool isClosed() {
         settle();
-        char byte = 0;
-        const ssize_t size = ::recv(socket_, &byte, 1, MSG_PEEK);
-        return size == 0 || (size < 0 && errno == ECONNRESET);
+        pollfd polled{socket_, 0, 0};
+        return ::poll(&polled, 1, 0) == 1 && (polled.revents & (POLLHUP | POLLERR)) != 0;
     }
 
 private:

@@ -48,9 +48,10 @@ QByteArray linkTarget(const QByteArray& path) {
 
 } // namespace
 
-BrowserBridge::BrowserBridge(Place place, BrowserConnection::Clock now)
+BrowserBridge::BrowserBridge(Place place, BrowserConnection::Clock now, MayTell mayTell)
     : place_(std::move(place))
-    , now_(std::move(now)) {
+    , now_(std::move(now))
+    , mayTell_(std::move(mayTell)) {
     setProblem(listen());
     if (!problem_.isEmpty()) {
         return;
@@ -122,7 +123,15 @@ void BrowserBridge::accept() {
             [this, process = *process] { Q_EMIT saidSomething(process); });
     connect(connection.get(), &BrowserConnection::ended, this,
             [this, which = connection.get()](const QString& why) { remove(which, why); });
+    // Whoever was agreed to before it called is allowed from now on.
     Q_EMIT connected(*process);
+    tellAll();
+}
+
+void BrowserBridge::tellAll() {
+    for (const auto& connection : connections_) {
+        connection->setHeard(mayTell_(connection->browserProcess()));
+    }
 }
 
 std::optional<qint64> BrowserBridge::identify(int socket, QString& reason) const {
@@ -154,7 +163,7 @@ std::optional<qint64> BrowserBridge::identify(int socket, QString& reason) const
 std::vector<BrowserConnection*> BrowserBridge::connections(qint64 browserProcess) const {
     std::vector<BrowserConnection*> result;
     for (const auto& connection : connections_) {
-        if (connection->browserProcess() == browserProcess) {
+        if (connection->browserProcess() == browserProcess && connection->isHeard()) {
             result.push_back(connection.get());
         }
     }

@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -23,10 +24,12 @@ public:
         QString hostExecutable;                      ///< the only program that may call
         QString processes = QStringLiteral("/proc"); ///< of the process file system
     };
+    /// Whether the person wants the sites of the browser with this process to be told.
+    using MayTell = std::function<bool(qint64 browserProcess)>;
 
     /// Listens at once; a socket that an earlier process left is replaced, and anything else that
     /// stands there stays. Where it cannot listen, `problem()` tells why.
-    BrowserBridge(Place place, BrowserConnection::Clock now);
+    BrowserBridge(Place place, BrowserConnection::Clock now, MayTell mayTell);
     ~BrowserBridge() override;
     BrowserBridge(const BrowserBridge&) = delete;
     BrowserBridge& operator=(const BrowserBridge&) = delete;
@@ -36,9 +39,13 @@ public:
     /// Why the last connection was refused or ended, or nobody can call: in English, for a log.
     const QString& problem() const { return problem_; }
 
-    /// The profiles of the browser with this process; valid until control returns to the main loop.
+    /// Asks anew who may tell, and tells the browsers. To be called when that changes.
+    void tellAll();
+
+    /// The profiles of the browser with this process, of those that may tell; valid until control
+    /// returns to the main loop.
     std::vector<BrowserConnection*> connections(qint64 browserProcess) const;
-    /// The processes of all browsers that are connected, each once.
+    /// The processes of all browsers that are connected, each once, whether they may tell or not.
     std::vector<qint64> browserProcesses() const;
 
 Q_SIGNALS:
@@ -57,6 +64,7 @@ private:
 
     Place place_;
     BrowserConnection::Clock now_;
+    MayTell mayTell_;
     int socket_ = -1;
     std::unique_ptr<ReadableNotifier> notifier_;
     std::vector<std::unique_ptr<BrowserConnection>> connections_;

@@ -34,7 +34,18 @@ BrowserConnection::~BrowserConnection() {
 
 void BrowserConnection::ask() {
     question_ = question_ == std::numeric_limits<int>::max() ? 1 : question_ + 1;
-    const QByteArray frame = askFrame(question_);
+    send(askFrame(question_));
+}
+
+void BrowserConnection::setHeard(bool heard) {
+    if (isHeard_ != heard) {
+        isHeard_ = heard;
+        state_.reset();
+        send(tellFrame(heard));
+    }
+}
+
+void BrowserConnection::send(const QByteArray& frame) {
     ssize_t sent = 0;
     do {
         sent = ::send(socket_, frame.constData(), static_cast<std::size_t>(frame.size()),
@@ -43,7 +54,7 @@ void BrowserConnection::ask() {
     if (sent != frame.size()) {
         // A socket that has no room for twenty bytes has a reader that does not read.
         QMetaObject::invokeMethod(
-            this, [this] { end(QStringLiteral("nobody takes the questions")); },
+            this, [this] { end(QStringLiteral("nobody takes what is asked and told")); },
             Qt::QueuedConnection);
     }
 }
@@ -83,6 +94,9 @@ void BrowserConnection::hear(std::string_view text) {
     }
     if (++heard_ > mostMessagesInASecond) {
         end(QStringLiteral("too many messages"));
+        return;
+    }
+    if (!isHeard()) {
         return;
     }
     const auto parsed = parseMessage(text);

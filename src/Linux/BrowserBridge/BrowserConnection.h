@@ -39,6 +39,11 @@ public:
     qint64 browserProcess() const { return browserProcess_; }
     const std::optional<State>& state() const { return state_; }
 
+    /// Whether the profile may say anything. What it says nevertheless is dropped unread.
+    bool isHeard() const { return isHeard_ == true; }
+    /// Tells the profile so, which speaks up at once if it may. It is silent until then.
+    void setHeard(bool heard);
+
     /// Asks for the state, which is said like any other. Ends the connection, but not within the
     /// call, when nobody takes the question.
     void ask();
@@ -49,6 +54,7 @@ Q_SIGNALS:
     void ended(const QString& reason);
 
 private:
+    void send(const QByteArray& frame);
     void receive();
     void hear(std::string_view text);
     void end(const QString& reason);
@@ -58,6 +64,7 @@ private:
     Clock now_;
     std::unique_ptr<ReadableNotifier> notifier_;
     FrameReader frames_;
+    std::optional<bool> isHeard_; ///< absent until the profile is told
     std::optional<State> state_;
     int question_ = 0;
     // Of the messages in this second.

@@ -19,7 +19,8 @@ void bringToFront(QWidget& window) {
 
 LinuxAutomation::LinuxAutomation(Surroundings surroundings)
     : surroundings_(std::move(surroundings))
-    , bridge_(surroundings_.bridge, surroundings_.transport.now)
+    , bridge_(surroundings_.bridge, surroundings_.transport.now,
+              [this](qint64 process) { return mayTell(process); })
     , running_(surroundings_.transport.workspace, surroundings_.transport.workspaceNotifications,
                surroundings_.identity, [this] { return bridge_.browserProcesses(); })
     , transport_(bridge_, surroundings_.transport)
@@ -33,7 +34,10 @@ LinuxAutomation::LinuxAutomation(Surroundings surroundings)
            [this](qint64 process, const QString& identifier) { running_.add(process, identifier); },
            [this] {
                showWindow();
-           }}) {}
+           }}) {
+    QObject::connect(&permission_, &LinuxAutomationPermission::changed, &bridge_,
+                     &BrowserBridge::tellAll);
+}
 
 LinuxAutomation::~LinuxAutomation() {
     delete window_;
@@ -78,6 +82,16 @@ void LinuxAutomation::ask(const QString& bundleIdentifier) {
         prompt->conclude();
     }
     prompt->show();
+}
+
+bool LinuxAutomation::mayTell(qint64 browserProcess) const {
+    const QString identifier = running_.bundleIdentifier(browserProcess);
+    return permission_.decision(identifier) == Decision::Allowed && !silenced_.contains(identifier);
+}
+
+void LinuxAutomation::setSilenced(std::set<QString> bundleIdentifiers) {
+    silenced_ = std::move(bundleIdentifiers);
+    bridge_.tellAll();
 }
 
 void LinuxAutomation::refuse(const QString& bundleIdentifier) {

@@ -17,6 +17,7 @@
 
 #include <functional>
 #include <map>
+#include <set>
 #include <vector>
 
 namespace orvanta {
@@ -50,6 +51,7 @@ public:
     LinuxAutomationPermission& permission() override { return permission_; }
     LinuxApplicationLauncher& launcher() override { return launcher_; }
     void renewPreparations() override;
+    void setSilenced(std::set<QString> bundleIdentifiers) override;
 
     /// Shows the question for a browser, or what is left to do when it was agreed to. What is shown
     /// already comes to the front.
@@ -59,12 +61,14 @@ public:
     void showWindow();
 
 private:
+    bool mayTell(qint64 browserProcess) const;
     std::vector<AutomationWindow::Row> rows() const;
     AutomationWindow::Missing missing(const QString& bundleIdentifier) const;
     void refuse(const QString& bundleIdentifier);
     PermissionPrompt::Preparation agree(const QString& bundleIdentifier);
 
     Surroundings surroundings_;
+    std::set<QString> silenced_;
     BrowserBridge bridge_;
     LinuxRunningApplications running_;
     BrowserTransport transport_;

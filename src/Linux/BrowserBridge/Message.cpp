@@ -65,6 +65,12 @@ MessageError error(const char* reason) {
     return {QString::fromLatin1(reason)};
 }
 
+QByteArray frame(const QByteArray& what) {
+    const QByteArray text = "{\"v\":1," + what + '}';
+    const FrameHeader header = frameHeader(static_cast<std::size_t>(text.size()));
+    return QByteArray(header.data(), qsizetype(header.size())) + text;
+}
+
 } // namespace
 
 std::variant<ExtensionMessage, MessageError> parseMessage(std::string_view json) {
@@ -110,10 +116,11 @@ std::variant<ExtensionMessage, MessageError> parseMessage(std::string_view json)
 }
 
 QByteArray askFrame(int question) {
-    const QByteArray text = QByteArrayLiteral("{\"v\":1,\"ask\":") + QByteArray::number(question) +
-                            QByteArrayLiteral("}");
-    const FrameHeader header = frameHeader(static_cast<std::size_t>(text.size()));
-    return QByteArray(header.data(), qsizetype(header.size())) + text;
+    return frame("\"ask\":" + QByteArray::number(question));
+}
+
+QByteArray tellFrame(bool tell) {
+    return frame(tell ? "\"tell\":true" : "\"tell\":false");
 }
 
 } // namespace orvanta

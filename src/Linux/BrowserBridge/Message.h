@@ -35,4 +35,8 @@ std::variant<ExtensionMessage, MessageError> parseMessage(std::string_view json)
 /// as the answer's number.
 QByteArray askFrame(int question);
 
+/// The whole frame that tells the extension whether it may speak: `{"v":1,"tell":true}`. Until it
+/// is told so on a connection, it says nothing there.
+QByteArray tellFrame(bool tell);
+
 } // namespace orvanta
