@@ -2,6 +2,7 @@
 
 #include "Model/Activity.h"
 #include "Model/DurationText.h"
+#include "Platform/CleanText.h"
 #include "Views/Accessibility.h"
 #include "Views/CategoryButton.h"
 #include "Views/NameCell.h"
@@ -48,7 +49,7 @@ void ActivityRow::show(const Activity& activity, bool isTimed) {
     activity_ = &activity;
     category_ = activity.category();
 
-    name_->setContent({.name = activity.name(),
+    name_->setContent({.name = cleanName(activity.name()),
                        .duration = duration(activity.seconds()),
                        .isMuted = category_ == Category::ignored,
                        .isTimed = isTimed});
@@ -58,7 +59,7 @@ void ActivityRow::show(const Activity& activity, bool isTimed) {
     if (isSameCategory) {
         return;
     }
-    const QString& name = activity.name();
+    const QString name = cleanName(activity.name());
     setAccessibleName(name);
     const QString toolTip = rowToolTip(name, category_);
     name_->setToolTip(toolTip);

@@ -1,6 +1,7 @@
 #include "Views/ClassificationModel.h"
 
 #include "Model/Activity.h"
+#include "Platform/CleanText.h"
 #include "Tracking/Tracker.h"
 #include "Views/Text/SettingsText.h"
 
@@ -54,7 +55,7 @@ void ClassificationModel::refresh() {
 }
 
 ClassificationModel::Row ClassificationModel::row(const Activity& activity) const {
-    return {&activity, activity.category(), searched(activity.name())};
+    return {&activity, activity.category(), searched(cleanName(activity.name()))};
 }
 
 const Activity& ClassificationModel::activity(int row) const {
@@ -80,9 +81,9 @@ QVariant ClassificationModel::data(const QModelIndex& index, int role) const {
     const Row& row = rows_[static_cast<std::size_t>(index.row())];
     switch (role) {
     case Qt::DisplayRole:
-        return row.activity->name();
+        return cleanName(row.activity->name());
     case Qt::AccessibleTextRole:
-        return classificationTitle(row.activity->name(), row.category);
+        return classificationTitle(cleanName(row.activity->name()), row.category);
     case categoryRole:
         return static_cast<int>(row.category);
     default:

@@ -3,6 +3,7 @@
 #include "Model/Activity.h"
 #include "Model/DurationText.h"
 #include "Platform/Appearance.h"
+#include "Platform/CleanText.h"
 #include "Tracking/Tracker.h"
 #include "Views/ActivityRows.h"
 #include "Views/Column.h"
@@ -205,8 +206,8 @@ void PanelView::askToReset() {
 void PanelView::askToStop(const Activity* activity) {
     listing_.cancelDismissal();
     isStopAsked_ = true;
-    const QString name =
-        fontMetrics().elidedText(activity->name(), Qt::ElideMiddle, Confirmation::longestName);
+    const QString name = fontMetrics().elidedText(cleanName(activity->name()), Qt::ElideMiddle,
+                                                  Confirmation::longestName);
     ask({stopTitle(name) + u'?',
          QStringLiteral("O tempo e a classificação serão preservados. Você pode reativar o "
                         "monitoramento pelo botão de olho riscado."),

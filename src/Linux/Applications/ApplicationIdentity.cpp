@@ -2,6 +2,7 @@
 
 #include "Linux/Applications/BoundedFile.h"
 #include "Linux/Applications/KeyFile.h"
+#include "Platform/CleanText.h"
 
 #include <QFile>
 
@@ -85,7 +86,7 @@ RunningApplication ApplicationIdentity::application(const QString& id,
                                                     const std::optional<DesktopEntry>& entry,
                                                     const Window& window) {
     RunningApplication application;
-    application.bundleIdentifier = id;
+    application.bundleIdentifier = boundedIdentifier(id);
     application.processIdentifier = window.processIdentifier;
     if (entry) {
         application.installLocation = entry->path;

@@ -2,6 +2,7 @@
 
 #include "Linux/Applications/BoundedFile.h"
 #include "Linux/Applications/KeyFile.h"
+#include "Platform/CleanText.h"
 
 #include <QFile>
 
@@ -111,6 +112,10 @@ private:
         if (!seen_.insert(id.toStdString()).second || !id.isValidUtf8() || !path.isValidUtf8()) {
             return;
         }
+        const QString text = QString::fromUtf8(id);
+        if (boundedIdentifier(text) != text) {
+            return; // A name that hides what it is.
+        }
         auto content = readBounded(path, KeyFile::largest, true);
         if (!content) {
             return;
@@ -136,7 +141,7 @@ private:
         const Characters name = file->translation(group, G_KEY_FILE_DESKTOP_KEY_NAME, nameLocale);
         Entry entry;
         entry.id = add(id);
-        entry.foldedId = add(QString::fromUtf8(id).toCaseFolded().toUtf8());
+        entry.foldedId = add(text.toCaseFolded().toUtf8());
         entry.name = add(bounded(name.get()));
         entry.path = add(path);
         entry.startupWmClass = add(bounded(wmClass.get()));
@@ -198,7 +203,7 @@ std::vector<DesktopEntry> DesktopEntries::all() {
 }
 
 DesktopEntry DesktopEntries::publicEntry(const Entry& entry) const {
-    return {QString::fromUtf8(view(entry.id)), QString::fromUtf8(view(entry.name)),
+    return {QString::fromUtf8(view(entry.id)), cleanName(QString::fromUtf8(view(entry.name))),
             QString::fromUtf8(view(entry.path))};
 }
 

@@ -76,7 +76,7 @@ void KWinWindowList::add(PlasmaHandle* handle) {
         org_kde_plasma_window_listener made{};
         made.title_changed = ignore;
         made.app_id_changed = [](void* data, PlasmaHandle*, const char* name) {
-            windowOf(data).window.wmClass = ListedWindowWatcher::boundedName(name);
+            windowOf(data).window.wmClass = QString::fromUtf8(name);
         };
         made.state_changed = [](void* data, PlasmaHandle*, uint32_t flags) {
             windowOf(data).watcher.setActive(
@@ -101,7 +101,7 @@ void KWinWindowList::add(PlasmaHandle* handle) {
         made.activity_entered = ignore;
         made.activity_left = ignore;
         made.resource_name_changed = [](void* data, PlasmaHandle*, const char* name) {
-            windowOf(data).window.wmInstance = ListedWindowWatcher::boundedName(name);
+            windowOf(data).window.wmInstance = QString::fromUtf8(name);
         };
         return made;
     }();

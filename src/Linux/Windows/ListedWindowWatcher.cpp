@@ -4,17 +4,9 @@
 #include "Linux/Windows/WlrWindowList.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <string_view>
 #include <utility>
 
 namespace orvanta {
-
-namespace {
-
-constexpr std::size_t longestName = 1024;
-
-} // namespace
 
 ListedWindowWatcher::ListedWindowWatcher(const QByteArray& display)
     : WindowWatcher(State::Waiting)
@@ -68,10 +60,6 @@ void ListedWindowWatcher::end(State state) {
         setActiveWindow(std::nullopt);
         setState(state);
     }
-}
-
-QString ListedWindowWatcher::boundedName(const char* name) {
-    return std::string_view(name).size() <= longestName ? QString::fromUtf8(name) : QString();
 }
 
 } // namespace orvanta

@@ -50,9 +50,6 @@ public:
     /// There is no list from here on.
     void withdraw() { end(State::Unsupported); }
 
-    /// As it was told; empty when it is so long that it is garbage.
-    static QString boundedName(const char* name);
-
 private:
     void start();
     void publish();

@@ -64,10 +64,8 @@ void WlrWindowList::add(WlrHandle* handle) {
     };
     static constexpr zwlr_foreign_toplevel_handle_v1_listener listener{
         .title = [](void*, WlrHandle*, const char*) {},
-        .app_id =
-            [](void* data, WlrHandle*, const char* appId) {
-                toplevelOf(data).toldAppId = ListedWindowWatcher::boundedName(appId);
-            },
+        .app_id = [](void* data, WlrHandle*,
+                     const char* appId) { toplevelOf(data).toldAppId = QString::fromUtf8(appId); },
         .output_enter = [](void*, WlrHandle*, wl_output*) {},
         .output_leave = [](void*, WlrHandle*, wl_output*) {},
         .state = [](void* data, WlrHandle*,

@@ -28,7 +28,7 @@ constexpr std::chrono::milliseconds gathering{10};
 constexpr MainLoop::Duration noneSettling{0.1};
 
 /// Lengths in 32-bit units, as GetProperty counts.
-constexpr uint32_t longestProperty = 1024 / 4;
+constexpr uint32_t longestProperty = 64 * 1024 / 4;
 constexpr uint32_t longestTypeList = 32;
 constexpr uint32_t longestSupportedList = 4096;
 
