@@ -14,6 +14,7 @@
 #include "Linux/Windows/X11MouseMonitor.h"
 #include "Linux/Windows/X11Screens.h"
 #include "Linux/Windows/X11WindowWatcher.h"
+#include "Platform/PrivateFolder.h"
 
 #include <QApplication>
 #include <QCursor>
@@ -59,8 +60,16 @@ GnomeExtension gnomeExtension() {
 /// Ours, gone when the person's last session ends. Empty where there is none: of what stands in for
 /// it where the variable is not set, the browser's host does not know.
 QString runtimeFolder() {
-    const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    return folder.isEmpty() ? QString() : folder + QStringLiteral("/com.brindlework.orvanta");
+    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    if (runtime.isEmpty()) {
+        return {};
+    }
+    const QString folder = runtime + QStringLiteral("/com.brindlework.orvanta");
+    if (isPrivateFolder(runtime) && makePrivateFolder(folder) && isPrivateFolder(folder)) {
+        return folder;
+    }
+    qWarning("orvanta: %s is not used: others may write there", qUtf8Printable(runtime));
+    return {};
 }
 
 std::unique_ptr<WindowWatcher> makeWindowWatcher(MainLoop& mainLoop) {

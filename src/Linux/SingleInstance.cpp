@@ -1,7 +1,8 @@
 #include "Linux/SingleInstance.h"
 
+#include "Platform/PrivateFolder.h"
+
 #include <QDBusPendingCallWatcher>
-#include <QDir>
 #include <QFile>
 #include <QTimer>
 
@@ -29,7 +30,7 @@ SingleInstance::SingleInstance(const QString& folder, const QString& busName,
     : busName_(busName)
     , bus_(bus)
     , patience_(patience) {
-    QDir().mkpath(folder);
+    makePrivateFolder(folder);
     const QByteArray file = QFile::encodeName(folder + QStringLiteral("/lock"));
     lock_ = ::open(file.constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (lock_ >= 0) {

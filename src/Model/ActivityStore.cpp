@@ -2,6 +2,7 @@
 
 #include "Model/Sqlite.h"
 #include "Model/StoreMetadata.h"
+#include "Platform/PrivateFolder.h"
 
 #include <QDir>
 #include <QFile>
@@ -9,6 +10,7 @@
 
 #include <sqlite3.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <memory>
 #include <system_error>
@@ -117,9 +119,9 @@ const Schema& schema() {
 
 std::unique_ptr<ModelContainer> open(const QString& applicationSupport) {
     const QString folder = applicationSupport + QStringLiteral("/com.brindlework.orvanta");
-    std::error_code error;
-    fs::create_directories(filePath(folder), error);
-    check(error);
+    if (!makePrivateFolder(folder)) {
+        check(std::error_code(errno, std::system_category()));
+    }
 
     const QString store = folder + QStringLiteral("/Activities.store");
     if (!QFile::exists(store)) {

@@ -4,7 +4,10 @@
 
 #include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 #include <unistd.h>
+
+#include <cerrno>
 
 namespace orvanta {
 
@@ -23,11 +26,15 @@ Database::Database(const QString& path, Access access) {
         break;
     case Access::Create: {
         flags |= SQLITE_OPEN_CREATE;
-        // SQLite would create the file readable by everybody; side files take over the main file's
-        // mode.
-        const int created = ::open(file.constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-        if (created >= 0) {
-            ::close(created);
+        // SQLite would create the file readable by everybody, behind a link too; side files take
+        // over the main file's mode. One that is there is not opened: to close it would give up the
+        // locks of other connections.
+        struct stat status {};
+        if (::stat(file.constData(), &status) != 0 && errno == ENOENT) {
+            const int created = ::open(file.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+            if (created >= 0) {
+                ::close(created);
+            }
         }
         [[fallthrough]];
     }

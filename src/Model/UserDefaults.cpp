@@ -1,11 +1,14 @@
 #include "Model/UserDefaults.h"
 
 #include "Model/ModelError.h"
+#include "Platform/PrivateFolder.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+
+#include <unistd.h>
 
 #include <utility>
 
@@ -90,14 +93,17 @@ bool replace(const QString& path, const PropertyList& values) {
 bool write(const QString& path, const PropertyList& values, bool isOurs) {
     const QFileInfo folder(QFileInfo(path).path());
     if (!folder.exists()) {
-        QDir().mkpath(folder.path());
-        QDir().mkdir(folder.filePath(),
-                     QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+        makePrivateFolder(folder.filePath());
     }
 
     const QString target = followLinks(path);
     std::optional<QString> aside;
     if (!isOurs && isOccupied(target)) {
+        // A link may lead to anything, a device too; only a plain file of this person's is moved.
+        const QFileInfo there(target);
+        if (target != path && (!there.isFile() || there.ownerId() != ::geteuid())) {
+            return false;
+        }
         aside = moveAside(target);
         if (!aside) {
             return false;

@@ -2,7 +2,10 @@
 #include "StoreFolder.h"
 
 #include <QCryptographicHash>
+#include <QFile>
 #include <QUuid>
+
+#include <sys/stat.h>
 
 namespace orvanta {
 
@@ -208,6 +211,23 @@ TEST_F(StoreTest, ASaveThatFailsInTheMiddleWritesNothingAndIsMadeUpForLater) {
               "1|3|app:old|11.0\n2|1|app:new0|0.0\n3|1|app:new1|1.0");
     EXPECT_EQ(read("SELECT Z_PK, ZID FROM ZDAYACTIVITY"),
               "1|2024-03-05|app:new0\n2|2024-03-05|app:new1");
+}
+
+TEST_F(StoreTest, ItAndItsFolderAreThePersonsAloneWhereverALinkPutsThem) {
+    const auto modeOf = [](const QString& file) {
+        struct stat status {};
+        return ::stat(qPrintable(file), &status) == 0 ? status.st_mode & 0777 : 0;
+    };
+    const QString elsewhere = directory.filePath(u"elsewhere.store"_s);
+    ASSERT_TRUE(QFile::link(elsewhere, path));
+    ::chmod(qPrintable(folder), 0777);
+    const mode_t mask = ::umask(0);
+    const auto container = open();
+    ::umask(mask);
+    EXPECT_EQ(modeOf(folder), 0700U);
+    for (const char* suffix : {"", "-wal", "-shm"}) {
+        EXPECT_EQ(modeOf(elsewhere + QLatin1StringView(suffix)), 0600U) << suffix;
+    }
 }
 
 } // namespace

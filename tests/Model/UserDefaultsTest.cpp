@@ -341,6 +341,12 @@ TEST_F(UserDefaultsTest, WritesThroughASymbolicLink) {
         EXPECT_TRUE(open().boolValue(key) && open().boolValue(u"other"_s));
         EXPECT_EQ(QFile::exists(target + u".broken"_s), isBroken);
     }
+    QFile::remove(target);
+    ASSERT_EQ(mkfifo(qPrintable(target), 0600), 0);
+    EXPECT_FALSE(open().setBool(key, true));
+    struct stat there {};
+    EXPECT_TRUE(lstat(qPrintable(target), &there) == 0 && S_ISFIFO(there.st_mode))
+        << "what is no plain file stays where it is";
 }
 
 TEST_F(UserDefaultsTest, WhatAnOlderInstallationLeftIsTakenWhereThereIsNothingYet) {

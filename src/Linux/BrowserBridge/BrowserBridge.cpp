@@ -2,8 +2,8 @@
 
 #include "Linux/MainLoop/ReadableNotifier.h"
 #include "Linux/ProcessParent.h"
+#include "Platform/PrivateFolder.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
@@ -83,9 +83,7 @@ QString BrowserBridge::listen() {
     std::memcpy(address.sun_path, early.constData(), static_cast<std::size_t>(early.size()));
 
     const QString folder = QFileInfo(place_.socket).path();
-    if (!QDir().exists(folder) &&
-        !QDir().mkdir(folder,
-                      QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner)) {
+    if (!makePrivateFolder(folder)) {
         return systemError("cannot make the socket's folder");
     }
     // What an earlier process of ours left is replaced; there is no other one now.

@@ -1,7 +1,8 @@
 #include "Linux/Windows/KWinScriptWatcher.h"
 
+#include "Platform/PrivateFolder.h"
+
 #include <QDBusVirtualObject>
-#include <QDir>
 #include <QHash>
 #include <QSaveFile>
 
@@ -112,7 +113,9 @@ void KWinScriptWatcher::load() {
 }
 
 bool KWinScriptWatcher::write() const {
-    QDir().mkpath(folder_);
+    if (folder_.isEmpty() || !makePrivateFolder(folder_)) {
+        return false;
+    }
     QSaveFile saved(file());
     const QByteArray text =
         QString::fromLatin1(script).arg(bus_.baseService(), earPath, earInterface).toUtf8();

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QString>
+
+namespace orvanta {
+
+/// Makes the folder, and what is missing on the way to it, for this person alone (mode 0700, XDG
+/// Base Directory Specification). One that is there already and this person's is narrowed to that.
+/// False where there is no such folder afterwards; `errno` tells why.
+bool makePrivateFolder(const QString& path);
+
+/// Whether this is a folder of this person's in which nobody else may write, and no link to one.
+bool isPrivateFolder(const QString& path);
+
+} // namespace orvanta
