@@ -14,7 +14,7 @@ const LONGEST_WAIT = 16000;
 const LOSS_SHOWS_AFTER = 300;
 
 // A host as URL writes it, no longer than a name can be: what Orvanta accepts.
-const NAME = /^(?:[a-z0-9_][a-z0-9._-]{0,252}|\[[0-9a-f.]*:[0-9a-f:.]*\])$/;
+const NAME = /^(?:[!"$&'()*+,\-.0-9;=_`a-z{}~]{1,253}|\[[0-9a-f.]*:[0-9a-f:.]*\])$/;
 
 let port = null;
 let openedAt = 0;

@@ -1,6 +1,7 @@
 #include "Model/ModelContainer.h"
 
 #include "Model/LightweightMigration.h"
+#include "Model/SiteKeys.h"
 #include "Model/Sqlite.h"
 
 #include <QFile>
@@ -61,6 +62,11 @@ ModelContainer::ModelContainer(const Schema& schema, const QString& path) {
     takeOurLayout(*database_);
     if (migration.isNeeded()) {
         migration.run();
+    }
+    try {
+        convertSiteKeys(*database_);
+    } catch (const ModelError&) {
+        // Harmless: nothing is changed, and the next start tries again.
     }
     database_->execute("PRAGMA journal_mode = WAL");
     database_->execute("PRAGMA synchronous = NORMAL");

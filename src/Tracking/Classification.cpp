@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 
 namespace orvanta::Classification {
 
@@ -34,6 +35,43 @@ constexpr std::array productionSites{
     QLatin1StringView("linear.app"),        QLatin1StringView("overleaf.com"),
 };
 
+/// Whether browsers take the text for a host's name (WHATWG's URL Standard, "forbidden domain code
+/// point"). QUrl is stricter: it refuses names that are visited.
+bool isName(QStringView text) {
+    constexpr std::u16string_view forbidden = u"#%/:<>?@[\\]^|";
+    return !text.isEmpty() && std::ranges::all_of(text, [forbidden](QChar c) {
+        return c > u' ' && c < QChar(0x7F) && forbidden.find(c.unicode()) == forbidden.npos;
+    });
+}
+
+bool isIPv6Address(QStringView text) {
+    constexpr std::u16string_view parts = u"0123456789abcdefABCDEF:.";
+    return text.contains(u':') && std::ranges::all_of(text, [parts](QChar c) {
+               return parts.find(c.unicode()) != parts.npos;
+           });
+}
+
+/// The host of what follows the two slashes, in ASCII; empty when there is none.
+QString hostOf(QStringView rest) {
+    const auto end = std::ranges::find_if(
+        rest, [](QChar c) { return c == u'/' || c == u'\\' || c == u'?' || c == u'#'; });
+    QStringView authority(rest.begin(), end);
+    authority = authority.sliced(authority.lastIndexOf(u'@') + 1);
+    if (authority.startsWith(u'[')) {
+        const auto address =
+            authority.sliced(1, std::max<qsizetype>(authority.indexOf(u']'), 1) - 1);
+        return isIPv6Address(address) ? address.toString() : QString();
+    }
+    const auto port = authority.indexOf(u':');
+    const QString name = authority.first(port < 0 ? authority.size() : port).toString();
+    if (isName(name)) {
+        return name;
+    }
+    const QString ascii =
+        QString::fromLatin1(QUrl::toAce(QUrl::fromPercentEncoding(name.toUtf8())));
+    return isName(ascii) ? ascii : QString();
+}
+
 /// Whether the host is one of the sites or below one.
 bool belongsTo(const QString& host, const auto& sites) {
     return std::ranges::any_of(sites, [&](QLatin1StringView site) {
@@ -45,13 +83,13 @@ bool belongsTo(const QString& host, const auto& sites) {
 } // namespace
 
 std::optional<QString> host(const QString& address) {
-    const QUrl url(address);
-    const QString scheme = url.scheme(); // QUrl lower-cases schemes and hosts.
-    if (!url.isValid() ||
-        (scheme != QLatin1StringView("http") && scheme != QLatin1StringView("https"))) {
+    const auto colon = address.indexOf(u':');
+    const QString scheme = address.first(std::max<qsizetype>(colon, 0)).toLower();
+    if ((scheme != QLatin1StringView("http") && scheme != QLatin1StringView("https")) ||
+        QStringView(address).sliced(colon + 1, 2) != QLatin1StringView("//")) {
         return std::nullopt;
     }
-    QString host = url.host();
+    QString host = hostOf(QStringView(address).sliced(colon + 3)).toLower();
     constexpr QLatin1StringView prefix("www.");
     if (host.startsWith(prefix)) {
         host.remove(0, prefix.size());

@@ -14,7 +14,8 @@ using namespace Qt::StringLiterals;
 constexpr const char* olderRows =
     "INSERT INTO ZACTIVITY VALUES"
     "(1, 1, 7, 700000000, 12.5, 'production', 'app:com.apple.Xcode', 'Xcode'),"
-    "(2, 1, 1, 731548800.123456, 0.1, 'Production', 'site:ação.example', 'Ação 日本 🦊'),"
+    "(2, 1, 1, 731548800.123456, 0.1, 'Production', 'site:xn--ao-siap.example', 'Ação 日本 "
+    "🦊'),"
     "(4, 1, 2, NULL, 3, NULL, 'app:b', NULL),"
     "(9, NULL, NULL, 'x', NULL, 'ignored', NULL, '')";
 
@@ -68,7 +69,7 @@ TEST_F(ImportTest, BringsEveryRecordOfAnOlderStoreUpToToday) {
                    "10)"),
               "1|8|pending\n10|1|NULL");
     EXPECT_EQ(read("SELECT * FROM ZDAYACTIVITY"),
-              "1|2|1|4.0|2024-03-05|2024-03-05|site:ação.example|site:ação.example");
+              "1|2|1|4.0|2024-03-05|2024-03-05|site:xn--ao-siap.example|site:xn--ao-siap.example");
     EXPECT_EQ(read("SELECT * FROM Z_PRIMARYKEY"),
               "1|Activity|0|10\n2|DayActivity|0|1\n16001|CHANGE|0|3\n16002|TRANSACTION|0|3\n"
               "16003|TRANSACTIONSTRING|0|1");

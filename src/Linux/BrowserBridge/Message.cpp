@@ -18,8 +18,8 @@ constexpr int protocolVersion = 1;
 // RFC 1035, 2.3.4, less the two bytes that never show in a name's text.
 constexpr qsizetype longestHost = 253;
 
-constexpr std::u16string_view nameStart = u"0123456789abcdefghijklmnopqrstuvwxyz_";
-constexpr std::u16string_view nameRest = u"0123456789abcdefghijklmnopqrstuvwxyz_.-";
+constexpr std::u16string_view nameParts =
+    u"!\"$&'()*+,-.0123456789;=_`abcdefghijklmnopqrstuvwxyz{}~";
 constexpr std::u16string_view addressParts = u"0123456789abcdef:.";
 
 bool consistsOf(QStringView text, std::u16string_view characters) {
@@ -29,8 +29,8 @@ bool consistsOf(QStringView text, std::u16string_view characters) {
 }
 
 /// As browsers write a host (WHATWG's URL Standard, "Host serializing"): a name or an IPv4 address
-/// in lower-case ASCII, or an IPv6 address in brackets. A port, a user or a path has characters
-/// that none of these has.
+/// in lower-case ASCII without its forbidden code points, or an IPv6 address in brackets. A port, a
+/// user or a path has characters that none of these has.
 bool isHost(QStringView host) {
     if (host.isEmpty() || host.size() > longestHost) {
         return false;
@@ -39,7 +39,7 @@ bool isHost(QStringView host) {
         const QStringView address = host.mid(1).chopped(1);
         return address.contains(u':') && consistsOf(address, addressParts);
     }
-    return consistsOf(host.first(1), nameStart) && consistsOf(host, nameRest);
+    return consistsOf(host, nameParts);
 }
 
 bool isOrigin(QStringView text) {
