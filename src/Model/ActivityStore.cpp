@@ -122,6 +122,7 @@ std::unique_ptr<ModelContainer> open(const QString& applicationSupport) {
     if (!makePrivateFolder(folder)) {
         check(std::error_code(errno, std::system_category()));
     }
+    narrowFolder(folder); // Older versions made it for everybody.
 
     const QString store = folder + QStringLiteral("/Activities.store");
     if (!QFile::exists(store)) {

@@ -34,14 +34,17 @@ bool makePrivateFolder(const QString& path) {
     if (errno != EEXIST || ::stat(file.constData(), &status) != 0) {
         return false;
     }
-    if (!S_ISDIR(status.st_mode)) {
-        errno = ENOTDIR;
-        return false;
-    }
-    if (isOurFolder(status) && (status.st_mode & others) != 0) {
+    errno = ENOTDIR;
+    return S_ISDIR(status.st_mode);
+}
+
+void narrowFolder(const QString& path) {
+    const QByteArray file = QFile::encodeName(path);
+    struct stat status {};
+    if (::stat(file.constData(), &status) == 0 && isOurFolder(status) &&
+        (status.st_mode & others) != 0) {
         ::chmod(file.constData(), status.st_mode & S_IRWXU);
     }
-    return true;
 }
 
 bool isPrivateFolder(const QString& path) {

@@ -42,6 +42,10 @@ TEST(PrivateFolder, IsMadeAndKeptForThisPersonAlone) {
             ::chmod(qPrintable(path), before);
         }
         EXPECT_EQ(makePrivateFolder(path), isMade) << qPrintable(path);
+        if (before != 0) {
+            EXPECT_EQ(modeOf(path), before) << "what is there is not ours to change";
+            narrowFolder(path);
+        }
         EXPECT_EQ(modeOf(path), after) << qPrintable(path);
     }
     EXPECT_EQ(modeOf(home.filePath(u".local"_s)), 0700U) << "what is missing on the way, too";
