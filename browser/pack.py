@@ -1,9 +1,13 @@
 #!/usr/bin/python3
-"""Packs the extension: pack.py EXTENSION KEY.pem OUTPUT makes orvanta.xpi and orvanta.crx in OUTPUT.
+"""Packs the extension, or says who it will be.
+
+    pack.py KEY.pem                              prints its identifier in Chromium
+    pack.py KEY.pem EXTENSION VERSION OUTPUT     makes orvanta.xpi, orvanta.crx and the folder
+                                                 extension in OUTPUT
 
 The same input gives the same bytes. An .xpi is a zip file; a .crx is one behind a signed header
-(Chromium's components/crx_file/crx3.proto), which fixes the extension's identifier. The key is one
-for development, and no secret: it proves nothing but that identifier.
+(Chromium's components/crx_file/crx3.proto), whose key fixes the identifier. What the key beside this
+file signs says of itself that it is for development: everybody has that key.
 """
 
 import base64
@@ -11,10 +15,14 @@ import hashlib
 import io
 import json
 import pathlib
+import shutil
 import struct
 import subprocess
 import sys
 import zipfile
+
+
+DEVELOPMENT_KEY = pathlib.Path(__file__).with_name("development-key.pem")
 
 
 def zip_of(folder):
@@ -56,14 +64,30 @@ def crx_of(archive, key, public_key):
     return b"Cr24" + struct.pack("<II", 3, len(header)) + header + archive
 
 
-def main():
-    extension, key, output = (pathlib.Path(argument) for argument in sys.argv[1:])
-    public_key = openssl("rsa", "-in", str(key), "-pubout", "-outform", "DER")
+def manifest_of(extension, key, public_key, version):
     manifest = json.loads((extension / "manifest.json").read_text(encoding="utf-8"))
-    if base64.b64decode(manifest["key"]) != public_key:
-        sys.exit(f"pack.py: the manifest's key is not that of {key}: the identifier would change")
-    archive = zip_of(extension)
-    output.mkdir(parents=True, exist_ok=True)
+    manifest["version"] = version
+    manifest["key"] = base64.b64encode(public_key).decode()
+    if key.resolve() == DEVELOPMENT_KEY.resolve():
+        manifest["name"] += " (development)"
+    return json.dumps(manifest, ensure_ascii=False, indent=2) + "\n"
+
+
+def main():
+    key = pathlib.Path(sys.argv[1])
+    public_key = openssl("rsa", "-in", str(key), "-pubout", "-outform", "DER")
+    if len(sys.argv) == 2:
+        # The first half of the hash, with a to p for the digits.
+        digits = hashlib.sha256(public_key).hexdigest()[:32]
+        print(digits.translate(str.maketrans("0123456789abcdef", "abcdefghijklmnop")))
+        return
+    extension, version, output = pathlib.Path(sys.argv[2]), sys.argv[3], pathlib.Path(sys.argv[4])
+    made = output / "extension"
+    shutil.rmtree(made, ignore_errors=True)
+    shutil.copytree(extension, made)
+    (made / "manifest.json").write_text(manifest_of(extension, key, public_key, version),
+                                        encoding="utf-8")
+    archive = zip_of(made)
     (output / "orvanta.xpi").write_bytes(archive)
     (output / "orvanta.crx").write_bytes(crx_of(archive, key, public_key))
 

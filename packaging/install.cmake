@@ -1,5 +1,6 @@
 # The end of `cmake --install`. `programs` and `data` are folders, absolute or below the prefix;
-# `packages` has the packed extension; `made` is for files on their way.
+# `packages` has the packed extension; `extension` is its identifier in
+# Chromium; `made` is for files on their way.
 foreach(folder IN ITEMS programs data)
     cmake_path(ABSOLUTE_PATH ${folder} BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}" NORMALIZE)
 endforeach()

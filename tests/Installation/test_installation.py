@@ -70,7 +70,7 @@ class Files(InFolder):
     def test_for_everybody(self):
         install("/usr", self.folder)
         gecko_folder = "usr/share/mozilla/extensions/{ec8030f7-c20a-464f-9b0e-13a3a9e97384}"
-        extension = json.loads((SOURCES / "browser/extension/manifest.json").read_text())
+        extension = json.loads((BUILD / "browser/extension/manifest.json").read_text())
         gecko_id = extension["browser_specific_settings"]["gecko"]["id"]
         package = f"{gecko_folder}/{gecko_id}.xpi"
         manifests = {f"etc/chromium/native-messaging-hosts/{NAME}.json",

@@ -198,7 +198,7 @@ TEST_F(BrowserInstallation, PutsTheExtensionWhereTheBrowserTakesIt) {
     EXPECT_EQ(jsonOf(home(".config/chromium/External Extensions/"
                           "odbokjgdmdbheojmnkbkjhabohflpkpk.json")),
               (QJsonObject{{text("external_crx"), home("packages/orvanta.crx")},
-                           {text("external_version"), text("1.0")}}));
+                           {text("external_version"), text(ORVANTA_VERSION)}}));
     EXPECT_FALSE(installation.remove(firefox));
     EXPECT_FALSE(installation.remove(chromium));
     EXPECT_EQ(everything(), before);
