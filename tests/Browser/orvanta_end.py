@@ -11,11 +11,11 @@ import desktop
 # A browser starts slowly on a busy machine; a condition that holds is seen within milliseconds.
 PATIENCE = 2 * desktop.DEADLINE
 
-
 _PAGE = """<!doctype html><title>{host}</title><h1>{host}</h1>
 <script>
 fetch("/order").then((answer) => answer.text()).then((order) => {{ eval(order); }});
 </script>"""
+
 
 class _Page(http.server.BaseHTTPRequestHandler):
     def do_GET(self):
