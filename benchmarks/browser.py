@@ -11,7 +11,7 @@ import sys
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-for folder in ("desktop", "tests/Browser", "tests/BrowserHost"):
+for folder in ("desktop", "tests/Browser"):
     sys.path.insert(0, str(ROOT / folder))
 
 import browsers  # noqa: E402
@@ -106,7 +106,6 @@ def main():
     os.environ["ORVANTA_BROWSER_HOST"] = str(
         arguments.orvanta.resolve().with_name("orvanta-browser-host"))
     os.environ["ORVANTA_PACKAGES"] = str(build / "browser")
-    os.environ["ORVANTA_BROWSER_INSTALLATION"] = str(build / "browser-installation")
     for kind, identifier in ((browsers.Chromium, "chromium"), (browsers.Firefox, "firefox-esr")):
         seconds = arguments.seconds
         without, _, _ = measure(kind, identifier, seconds, build, None)

@@ -16,7 +16,7 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 sys.path[:0] = [str(ROOT / folder)
-                for folder in ("desktop", "tests/System", "tests/Browser", "tests/BrowserHost")]
+                for folder in ("desktop", "tests/System", "tests/Browser")]
 
 import browsers  # noqa: E402 (the path has just been set)
 import desktop  # noqa: E402

@@ -18,13 +18,15 @@ class Browser:
         self.place = place
         self.sites = sites
         self.process = None
-        folder.mkdir(parents=True, exist_ok=True)  # As if it had been used before.
+        self._folder = folder
+        folder.mkdir(parents=True)  # As if it had been used before.
 
-    def prepare(self, action):
-        """What Orvanta does: `action` is manifests, install or remove."""
-        self.place.run(os.environ["ORVANTA_BROWSER_INSTALLATION"], action,
-                       self.place.environment["HOME"], self.place.environment["XDG_CONFIG_HOME"],
-                       os.environ["ORVANTA_BROWSER_HOST"], os.environ["ORVANTA_PACKAGES"])
+    def _let_in(self, manifests, **allowed):
+        """What Orvanta writes for a browser once the person has agreed."""
+        (self._folder / manifests).mkdir()
+        (self._folder / manifests / f"{desktop.DOMAIN}.json").write_text(json.dumps({
+            "name": desktop.DOMAIN, "description": "Orvanta", "type": "stdio",
+            "path": os.environ["ORVANTA_BROWSER_HOST"], **allowed}))
 
     def open(self, *arguments):
         """Starts the browser, or hands over to the one that runs."""
@@ -47,26 +49,22 @@ class Browser:
 
 
 class Chromium(Browser):
+    private_window = "--incognito"
+
     def __init__(self, place, sites):
-        self.data = place.folder / "config" / "chromium"
-        super().__init__(place, sites, self.data)
+        super().__init__(place, sites, place.folder / "config" / "chromium")
         self.command = [
             "chromium", "--no-sandbox", "--no-first-run", "--disable-gpu", "--password-store=basic",
             "--disable-background-networking", "--disable-component-update", "--disable-sync",
             f"--host-resolver-rules=MAP *.test 127.0.0.1:{sites.port}"]
 
     def load_extension(self):
-        self.prepare("manifests")
+        self._let_in("NativeMessagingHosts", allowed_origins=[f"chrome-extension://{CHROMIUM_ID}/"])
         self.command.append(f"--load-extension={EXTENSION}")
-
-    def is_installed(self):
-        return (self.data / "Default" / "Extensions" / CHROMIUM_ID).exists()
 
     @staticmethod
     def address(host):
         return f"http://{host}/page.html?secret=1#secret"
-
-    private_window = "--incognito"
 
     @staticmethod
     def tab(number):
@@ -92,6 +90,8 @@ _FIREFOX_PREFERENCES = {
 
 
 class Firefox(Browser):
+    private_window = "--private-window"
+
     def __init__(self, place, sites):
         super().__init__(place, sites, place.folder / "home" / ".mozilla")
         self.profile = place.folder / "profile"
@@ -102,16 +102,13 @@ class Firefox(Browser):
         self.command = ["firefox-esr", "--profile", str(self.profile)]
 
     def load_extension(self):
-        self.prepare("manifests")
-        extensions = self.profile / "extensions"
-        extensions.mkdir()
+        self._let_in("native-messaging-hosts", allowed_extensions=[GECKO_ID])
+        (self.profile / "extensions").mkdir()
         shutil.copy(pathlib.Path(os.environ["ORVANTA_PACKAGES"]) / "orvanta.xpi",
-                    extensions / f"{GECKO_ID}.xpi")
+                    self.profile / "extensions" / f"{GECKO_ID}.xpi")
 
     def address(self, host):
         return f"http://{host}:{self.sites.port}/page.html?secret=1#secret"
-
-    private_window = "--private-window"
 
     @staticmethod
     def tab(number):

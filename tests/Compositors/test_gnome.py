@@ -26,9 +26,6 @@ class Gnome(test_sway.Sway):
 
 
 class Agreement(case.SystemTest):
-    prefer = test_sway.Sway.prefer
-    wait_to_count = test_sway.Sway.wait_to_count
-
     def make_desktop(self):
         return gnome.GnomeDesktop(time_zone=desktop.zone_far_from_midnight())
 
@@ -43,7 +40,7 @@ class Agreement(case.SystemTest):
         installed = place.extensions / gnome.EXTENSION
         script = installed / "extension.js"
         shipped = (gnome.shipped_extension(EXECUTABLE) / "extension.js").read_text()
-        self.prefer("", setupDoneV1=True)
+        self.finish_setup()
         terminal = place.launch_terminal()
         self.orvanta.start()
         question = self.wait_for_window_beside(terminal)

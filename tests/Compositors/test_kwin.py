@@ -32,25 +32,18 @@ class KWin(test_sway.Sway):
                 (lambda: self.desktop.minimize(terminal), lambda: self.desktop.activate(terminal)))
 
     def test_the_panel_opens_where_its_item_was_clicked(self):
-        terminal = self.desktop.launch_terminal()
-        self.orvanta.start()
-        self.wait_to_count(self.TERMINAL)
-        item = self.status_item()
+        terminal = self.start_with_terminal()
+        names = self.desktop.call("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                  "org.freedesktop.DBus.ListNames")
+        item = re.search(r"org\.kde\.StatusNotifierItem-[\d-]+", names)[0]
         for click, place in (((900, 10), (740, 22)), ((300, 700), (140, 336))):
             self.desktop.call(item, "/StatusNotifierItem", "org.kde.StatusNotifierItem.Activate",
                               *map(str, click))
-            panel = desktop.wait_until(
-                lambda: self.desktop.windows_of(self.orvanta.process.pid), "the panel")[0]
+            panel = desktop.wait_until(self.own_windows, "the panel")[0]
             desktop.wait_until(lambda: self.desktop.place_of(panel) == place, "the panel's place")
             self.desktop.activate(terminal)
-            desktop.wait_until(lambda: not self.desktop.windows_of(self.orvanta.process.pid),
-                               "the panel's end")
+            self.wait_for_no_panel()
             time.sleep(1)  # A click right after it would be the one that closed it.
-
-    def status_item(self):
-        names = self.desktop.call("org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                  "org.freedesktop.DBus.ListNames")
-        return re.search(r"org\.kde\.StatusNotifierItem-[\d-]+", names)[0]
 
 
 class KWinByScript(KWin):

@@ -4,7 +4,6 @@ import contextlib
 import datetime
 import json
 import pathlib
-import plistlib
 import sqlite3
 import subprocess
 import time
@@ -13,9 +12,6 @@ import zoneinfo
 import desktop
 import panels
 import shell_case
-
-_ACCESSIBILITY_BUS = "/usr/libexec/at-spi-bus-launcher"
-
 
 DAYS = ("SEG", "TER", "QUA", "QUI", "SEX", "SÁB", "DOM")
 MONTHS = ("JAN", "FEV", "MAR", "ABR", "MAI", "JUN", "JUL", "AGO", "SET", "OUT", "NOV", "DEZ")
@@ -27,7 +23,7 @@ def day_title(day):
 
 class ScreenReader:
     def __init__(self, place):
-        place.spawn([_ACCESSIBILITY_BUS, "--launch-immediately"])
+        place.spawn(["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"])
         desktop.wait_until(lambda: panels.has_owner(place, "org.a11y.Bus"), "the readers' bus")
         program = pathlib.Path(__file__).with_name("screen_reader.py")
         self._process = subprocess.Popen(["/usr/bin/python3", "-B", str(program)], text=True,
@@ -45,11 +41,7 @@ class ScreenReader:
 
     def nodes(self):
         """All that the window in front shows, from the outside in."""
-        def flat(node):
-            return [node] + [each for child in node["children"] for each in flat(child)]
-
-        root = self._ask("read")
-        return flat(root) if root else []
+        return self._ask("read")
 
     def names(self, role=None):
         return [node["name"] for node in self.nodes()
@@ -59,9 +51,8 @@ class ScreenReader:
         return self._ask(f"press {name}")
 
     def find(self, name):
-        """What has this name, a button sooner than anything else."""
-        return max((node for node in self.nodes() if node["name"] == name),
-                   key=lambda node: node["role"] == "button", default=None)
+        """What has this name, with its place."""
+        return self._ask(f"find {name}")
 
     def wait_for(self, name):
         return desktop.wait_until(lambda: self.find(name), f"'{name}'")
@@ -70,9 +61,7 @@ class ScreenReader:
         desktop.wait_until(lambda: not self.find(name), f"the end of '{name}'")
 
     def focused(self):
-        # Tabs say so for their list, and are not heard to lose it.
-        return next((node["name"] for node in reversed(self.nodes())
-                     if "focused" in node["states"] and node["role"] != "page tab"), None)
+        return self._ask("focused")
 
 
 class PanelTest(shell_case.ShellTest):
@@ -88,8 +77,7 @@ class PanelTest(shell_case.ShellTest):
     def prepare_store(self, activities, days=()):
         """Activities as (key, name, category, seconds), used an hour ago; days as (how many days ago,
         key, seconds). The application makes the store itself, at a first start."""
-        (self.configuration() / shell_case.PREFERENCES).write_bytes(
-            plistlib.dumps({"setupDoneV1": True, "historySeededV1": True}))
+        self.prefer(setupDoneV1=True, historySeededV1=True)
         self.orvanta.start()
         desktop.wait_until(lambda: "finderIgnoredV1" in self.preferences(), "the first start")
         self.ask_to_end()
@@ -113,15 +101,11 @@ class PanelTest(shell_case.ShellTest):
     def wait_for_category(self, key, category):
         desktop.wait_until(lambda: self.category(key) == category, f"{key} as {category}")
 
-    def title(self):
-        """What the title band says."""
-        heads = ("MONITORANDO", "PAUSADO", "HISTÓRICO", "NÃO MONITORADOS", "DOM ", "SEG ", "TER ",
-                 "QUA ", "QUI ", "SEX ", "SÁB ")
-        return next((name for name in self.reader.names("label") if name.startswith(heads)), "")
-
     def wait_for_title(self, beginning):
-        return desktop.wait_until(lambda: self.title().startswith(beginning) and self.title(),
-                                  f"the title '{beginning}'")
+        """What the title band says."""
+        return desktop.wait_until(lambda: next((
+            name for name in self.reader.names("label") if name.startswith(beginning)), None),
+            f"the title '{beginning}'")
 
     def move_to(self, name):
         left, top, width, height = self.reader.wait_for(name)["place"]
@@ -145,7 +129,10 @@ class PanelTest(shell_case.ShellTest):
         self.tab_to(name)
         self.desktop.press(key)
 
-    def pixel(self, x, y):
-        path = self.desktop.folder / "pixel.ppm"
-        self.desktop.run("scrot", "--overwrite", "--autoselect", f"{x},{y},1,1", str(path))
-        return tuple(path.read_bytes()[-3:])
+    def open_settings(self):
+        """From the panel, by its menu's last entry."""
+        self.desktop.run("xdotool", "key", "Menu", "Up")
+        self.reader.wait_for("Ajustes…")
+        self.desktop.press("Return")
+        self.desktop.activate(desktop.wait_until(self.own_windows, "the settings")[0])
+        self.reader.wait_for("Geral")

@@ -2,8 +2,10 @@
 is in the window where it last was. Qt does not list popups among an application's windows, so the
 focus is the only way to them, for real screen readers too.
 
-Lines read:    "read", or "press NAME" to carry out the first action of what has this name.
-Lines written: "ready" at first, then a JSON object, null, or whether it was found, for each.
+Lines read:    "read"; "find NAME", a button sooner than anything else; "press NAME" to carry out the
+               first action of what has this name; "focused".
+Lines written: "ready" at first, then for each a list of JSON objects; one, with its place; whether
+               it was found; the name of what has the keyboard.
 """
 
 import contextlib
@@ -16,85 +18,88 @@ gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402 (which version has just been said)
 
 STATES = ("checked", "focused", "modal")
+windows = []  # With what had the keyboard last in each; the one in front last.
 
 
 def has(node, state):
     return node.get_state_set().contains(getattr(Atspi.StateType, state.upper()))
 
 
-def shown_children(node):
-    found = (node.get_child_at_index(i) for i in range(node.get_child_count()))
-    return [child for child in found if child is not None and has(child, "showing")]
-
-
-def role_of(node):
-    # A button's name depends on the release.
-    is_button = node.get_role() == Atspi.Role.PUSH_BUTTON
-    return "button" if is_button else node.get_role_name()
+def shown(node):
+    """This and all that it shows, from the outside in."""
+    yield node
+    for number in range(node.get_child_count()):
+        child = node.get_child_at_index(number)
+        if child is not None and has(child, "showing"):
+            yield from shown(child)
 
 
 def described(node):
-    place = node.get_extents(Atspi.CoordType.SCREEN)
-    return {"role": role_of(node), "name": node.get_name(),
+    # A button's name depends on the release.
+    is_button = node.get_role() == Atspi.Role.PUSH_BUTTON
+    return {"role": "button" if is_button else node.get_role_name(), "name": node.get_name(),
             "description": node.get_description(),
-            "states": [state for state in STATES if has(node, state)],
-            "place": (place.x, place.y, place.width, place.height),
-            "children": [described(child) for child in shown_children(node)]}
+            "states": [state for state in STATES if has(node, state)]}
 
 
-def find(node, name):
-    if node.get_name() == name and node.get_n_actions() > 0:
-        return node
-    return next((found for child in shown_children(node) if (found := find(child, name))), None)
+def focused(event):
+    node = event.source
+    with contextlib.suppress(GLib.Error):  # It may have gone already.
+        while (parent := node.get_parent()) and parent.get_role() != Atspi.Role.APPLICATION:
+            node = parent
+        windows[:] = [window for window in windows if window[0] != node] + [(node, event.source)]
 
 
-class Reader:
-    def __init__(self):
-        self._windows = []
-        self._listener = Atspi.EventListener.new(self._focused)
-        self._listener.register("object:state-changed:focused")
-        # Names are kept until they are said to have changed, as real screen readers have it.
-        self._heard = Atspi.EventListener.new(lambda event: None)
-        for kind in ("object:property-change", "object:children-changed", "object:state-changed"):
-            self._heard.register(kind)
-        GLib.io_add_watch(sys.stdin.fileno(), GLib.IO_IN | GLib.IO_HUP, self._asked)
+def window_in_front():
+    """With what had the keyboard last in it."""
+    while windows:
+        with contextlib.suppress(GLib.Error):
+            if has(windows[-1][0], "showing"):
+                return windows[-1]
+        windows.pop()
+    return None
 
-    def _focused(self, event):
-        node = event.source
-        with contextlib.suppress(GLib.Error):  # It may have gone already.
-            while (parent := node.get_parent()) and parent.get_role() != Atspi.Role.APPLICATION:
-                node = parent
-            self._windows = [window for window in self._windows if window != node] + [node]
 
-    def _window_in_front(self):
-        while self._windows:
-            with contextlib.suppress(GLib.Error):
-                if has(self._windows[-1], "showing"):
-                    return self._windows[-1]
-            self._windows.pop()
+def answer(command, name):
+    if (front := window_in_front()) is None:
+        return [] if command == "read" else None
+    window, focus = front
+    if command == "focused":
+        # Tabs say so for their list, and are not heard to lose it.
+        held = [node for node in (focus, *shown(window)) if has(node, "focused")
+                and node.get_role() != Atspi.Role.PAGE_TAB]
+        return held[-1].get_name() if held else None
+    if command == "read":
+        return [described(node) for node in shown(window)]
+    nodes = [node for node in shown(window) if node.get_name() == name]
+    if command == "press":
+        return any(node.do_action(0) for node in nodes if node.get_n_actions() > 0)
+    nodes.sort(key=lambda node: node.get_role() != Atspi.Role.PUSH_BUTTON)
+    if not nodes:
         return None
+    place = nodes[0].get_extents(Atspi.CoordType.SCREEN)
+    return described(nodes[0]) | {"place": (place.x, place.y, place.width, place.height)}
 
-    def _answer(self, command, name):
-        if (window := self._window_in_front()) is None:
-            return None
-        try:
-            if command == "read":
-                return described(window)
-            found = find(window, name)
-            return bool(found and found.do_action(0))
-        except GLib.Error:
-            return None  # Something went while it was read.
 
-    def _asked(self, *_):
-        command, _, name = sys.stdin.readline().rstrip("\n").partition(" ")
-        if not command:
-            Atspi.event_quit()
-            return False
-        print(json.dumps(self._answer(command, name)), flush=True)
-        return True
+def asked(*_):
+    command, _, name = sys.stdin.readline().rstrip("\n").partition(" ")
+    if not command:
+        Atspi.event_quit()
+        return False
+    said = [] if command == "read" else None
+    with contextlib.suppress(GLib.Error):  # Something may go while it is read.
+        said = answer(command, name)
+    print(json.dumps(said), flush=True)
+    return True
 
 
 Atspi.init()
-reader = Reader()
+listener = Atspi.EventListener.new(focused)
+listener.register("object:state-changed:focused")
+# Names are kept until they are said to have changed, as real screen readers have it.
+heard = Atspi.EventListener.new(lambda event: None)
+for kind in ("object:property-change", "object:children-changed", "object:state-changed"):
+    heard.register(kind)
+GLib.io_add_watch(sys.stdin.fileno(), GLib.IO_IN | GLib.IO_HUP, asked)
 print("ready", flush=True)
 Atspi.event_main()

@@ -1,7 +1,5 @@
 """What the tests of the application's shell have in common: its popover, its item, its windows."""
 
-import pathlib
-import plistlib
 import re
 import subprocess
 
@@ -10,28 +8,22 @@ import desktop
 import panels
 import status_area
 
-PREFERENCES = "com.brindlework.orvanta.plist"
+PREFERENCES = f"{desktop.DOMAIN}.plist"
 
 
 class ShellTest(case.SystemTest):
-    environment = None  # Of the application, where it is not the desktop's.
-
-    def finish_setup(self):
-        (self.configuration() / PREFERENCES).write_bytes(plistlib.dumps({"setupDoneV1": True}))
-
-    def configuration(self):
-        return pathlib.Path(self.desktop.environment["XDG_CONFIG_HOME"])
-
-    def preferences(self):
-        path = self.configuration() / PREFERENCES
-        return plistlib.loads(path.read_bytes()) if path.exists() else {}
+    def shown(self, name):
+        """The windows whose names have this in them; asked again where one vanished meanwhile."""
+        while True:
+            said = subprocess.run(
+                ["xdotool", "search", "--onlyvisible", "--name", name], text=True,
+                env=self.desktop.environment, capture_output=True)
+            if "BadWindow" not in said.stderr:
+                return said.stdout.split()
 
     def popovers(self):
         """The places (left, top, width, height) of the windows that no window manager manages."""
-        with_name = subprocess.run(
-            ["xdotool", "search", "--onlyvisible", "--name", "^orvanta$"], text=True,
-            env=self.desktop.environment, capture_output=True).stdout.split()
-        managed = self.desktop.windows()
+        with_name, managed = self.shown("^orvanta$"), self.desktop.windows()
         found = []
         for window in with_name:
             if int(window) in managed:
@@ -60,22 +52,18 @@ class ShellTest(case.SystemTest):
         status_area.click(self.desktop, place, button)
 
     def wait_for_item(self, panel):
-        return desktop.wait_until(lambda: status_area.ink(self.desktop, panel,
-                                                          status_area.SECONDARY), "the item")
+        return desktop.wait_until(lambda: status_area.ink(self.desktop, panel), "the item")
 
-    def start_with_panel(self, finished=True):
-        if finished:
-            self.finish_setup()
+    def wait_for_no_item(self, panel):
+        desktop.wait_until(lambda: not status_area.ink(self.desktop, panel), "the item's end")
+
+    def start_with_panel(self):
         self.terminal = self.desktop.launch_xterm()
         self.panel = panels.XfcePanel(self.desktop)
         self.panel.start()
-        self.orvanta.start(self.environment)
+        self.start()
         return self.wait_for_item(self.panel)
 
-    def start_again(self):
-        """A second start, as from a menu; it ends when the first has answered."""
-        again = self.desktop.spawn([self.orvanta.executable])
-        self.assertEqual(again.wait(desktop.DEADLINE), 0)
-
-    def own_windows(self):
-        return self.desktop.windows_of(self.orvanta.process.pid)
+    def wait_for_front(self, window):
+        desktop.wait_until(lambda: self.desktop.run("xdotool", "getactivewindow").strip()
+                           == str(window), f"window {window} in front")

@@ -1,10 +1,9 @@
 """Seeing and clicking the status item in a panel, as a person does."""
 
-PRODUCTION = (64, 194, 74)
 SECONDARY = (142, 142, 147)
 
 
-def ink(place, panel, colour):
+def ink(place, panel, colour=SECONDARY):
     """Where the panel has this colour: the midst of it, or nothing."""
     left, top, width, height = panel.area
     path = place.folder / "area.ppm"

@@ -12,7 +12,7 @@ class Ends(case.SystemTest):
         self.desktop.launch_xterm()
         counted = 0.0
         for number in (signal.SIGTERM, signal.SIGINT):
-            began = self.orvanta.start()
+            began = self.start()
             self.wait_until_something_is_unsaved()
             asked, code = self.orvanta.ask_to_end(number)
             self.assertEqual(code, 0, number.name)
@@ -22,43 +22,41 @@ class Ends(case.SystemTest):
     def test_nothing_is_counted_without_a_window_manager_or_a_window(self):
         mousepad = self.desktop.launch_mousepad()
         xterm = self.desktop.launch_xterm()
-        began = self.orvanta.start()
-        desktop.sleep_until(began + 4)
+        began = self.start()
+        desktop.sleep_until(began + 3)
         self.desktop.window_manager.kill()
         self.desktop.window_manager.wait()
         ended = time.monotonic()
-        desktop.sleep_until(ended + 6)
+        desktop.sleep_until(ended + 3)
         self.assertTrue(self.orvanta.is_running(), self.orvanta.complaints())
         self.desktop.start_window_manager()
         resumed = self.desktop.activate(mousepad)
-        desktop.sleep_until(resumed + 4)
+        desktop.sleep_until(resumed + 3)
         returned = self.desktop.activate(xterm)
-        desktop.sleep_until(returned + 3)
+        desktop.sleep_until(returned + 2)
         self.desktop.close_windows()
         closed = time.monotonic()
-        desktop.sleep_until(closed + 6)
+        desktop.sleep_until(closed + 3)
         self.ask_to_end()
         self.assert_seconds({case.XTERM: ended - began + closed - returned,
                              case.MOUSEPAD: returned - resumed})
 
-    def test_without_a_display_it_says_so_and_fails(self):
+    def test_without_a_display_or_a_store_it_says_so_and_fails(self):
         environment = dict(self.desktop.environment)
         del environment["DISPLAY"]
         self.orvanta.start(environment)
         self.assertEqual(self.orvanta.wait(), 1)
         self.assertRegex(self.orvanta.complaints(), r"^[^\n]*ambiente gráfico[^\n]*\.$")
 
-    def test_a_store_that_cannot_be_made_is_told_in_an_alert_and_fails(self):
         obstacle = self.desktop.folder / "a-file"
         obstacle.touch()
         environment = dict(self.desktop.environment, XDG_DATA_HOME=str(obstacle))
         for key in ("Return", "Escape"):
             self.orvanta.start(environment)
-            pid = self.orvanta.process.pid
-            desktop.wait_until(
-                lambda: self.desktop.windows_of(pid) or not self.orvanta.is_running(), "an alert")
+            desktop.wait_until(lambda: self.own_windows() or not self.orvanta.is_running(),
+                               "an alert")
             self.assertTrue(self.orvanta.is_running(), f"no alert: {self.orvanta.complaints()}")
-            alert = self.desktop.windows_of(pid)[0]
+            alert = self.own_windows()[0]
             # Its text is painted, so all that can be seen of it from here is that it is an alert.
             said = self.desktop.run("xprop", "-id", str(alert), "_NET_WM_NAME",
                                     "_NET_WM_WINDOW_TYPE")

@@ -12,20 +12,14 @@ class SingleInstance(case.SystemTest):
         self.desktop.launch_xterm()
         self.others = [desktop.Orvanta(self.desktop, self.orvanta.executable) for _ in range(5)]
 
-    def wait_for_tracking(self):
-        desktop.wait_until(lambda: self.store.total() > 0, "the first seconds in the store")
-
     def running(self):
         return [each for each in self.others if each.is_running()]
 
     def test_many_starts_leave_one(self):
-        began = self.orvanta.start()
-        self.wait_for_tracking()
-        for second in self.others[:3]:
-            second.start()
-            self.assertEqual(second.wait(5), 0, second.complaints())
-        asked = self.ask_to_end()
-        self.assert_seconds({case.XTERM: asked - began})
+        began = self.start()
+        self.wait_to_count(case.XTERM)
+        self.start_again()
+        self.assert_seconds({case.XTERM: self.ask_to_end() - began})
 
         for each in self.others:
             each.start()
@@ -33,12 +27,12 @@ class SingleInstance(case.SystemTest):
         # However early they came, the one that was first has answered them.
         self.assertEqual([each.process.poll() for each in self.others if not each.is_running()],
                          [0] * 4)
-        self.wait_for_save()
+        self.wait_to_count(case.XTERM)
         self.assertEqual(len(self.running()), 1)
 
     def test_one_that_hangs_keeps_its_store(self):
-        self.orvanta.start()
-        self.wait_for_tracking()
+        self.start()
+        self.wait_to_count(case.XTERM)
         self.orvanta.process.send_signal(signal.SIGSTOP)
         total = self.store.total()
         second = self.others[0]
@@ -49,4 +43,4 @@ class SingleInstance(case.SystemTest):
 
         self.kill()
         second.start()
-        desktop.wait_until(lambda: self.store.total() > total, "the next one's seconds")
+        self.wait_to_count(case.XTERM)

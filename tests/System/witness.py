@@ -1,6 +1,7 @@
 """What must have been counted, from what the desktop itself says is in front and what a test did."""
 
 import bisect
+import contextlib
 import re
 import subprocess
 import threading
@@ -24,11 +25,11 @@ class Witness:
         threading.Thread(target=self._follow, daemon=True).start()
 
     def _follow(self):
-        for line in self._spy.stdout:
-            moment = time.monotonic()
-            found = re.search(rb"window id # (0x[0-9a-f]+)", line)
-            key = found and self._key_of(found[1].decode())
-            self.note("front", key, moment)
+        with contextlib.suppress(ValueError):  # Closed with the desktop.
+            for line in self._spy.stdout:
+                moment = time.monotonic()
+                found = re.search(rb"window id # (0x[0-9a-f]+)", line)
+                self.note("front", found and self._key_of(found[1].decode()), moment)
 
     def _key_of(self, window):
         try:
