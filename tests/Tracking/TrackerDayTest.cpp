@@ -83,10 +83,6 @@ TEST(HistoryWeeksTest, AreWholeWeeksUpToToday) {
              {"2024-03-06T23:59:59.9", "UTC", 2, 13, "2023-12-11", 3, 87},
              {"2024-03-06T00:00:00", "UTC", 4, 1, "2024-03-06", 1, 1},
              {"2024-03-06T12:00:00", "UTC", 5, 1, "2024-02-29", 7, 7},
-             // A Sunday, in whose night the clocks change, and the Monday after it.
-             {"2024-03-10T12:00:00", "America/New_York", 1, 2, "2024-03-03", 1, 8},
-             {"2024-03-11T00:00:00", "America/New_York", 2, 40, "2023-06-12", 1, 274},
-             {"2024-11-04T12:00:00", "America/New_York", 1, 40, "2024-02-04", 2, 275},
              // No midnight on the first day of the grid, on its last, and on one between.
              {"2018-11-07T12:00:00", "America/Sao_Paulo", 1, 1, "2018-11-04", 4, 4},
              {"2018-11-04T12:00:00", "America/Sao_Paulo", 1, 2, "2018-10-28", 1, 8},
@@ -94,7 +90,6 @@ TEST(HistoryWeeksTest, AreWholeWeeksUpToToday) {
              // No 30th of December, in the middle and at the beginning.
              {"2012-01-05T12:00:00", "Pacific/Apia", 1, 2, "2011-12-25", 5, 11},
              {"2012-01-05T12:00:00", "Pacific/Apia", 6, 1, "2011-12-31", 6, 6},
-             {"2024-03-06T12:00:00", "UTC", 2, 3000, "1966-09-12", 3, 20996},
          }) {
         SCOPED_TRACE(testing::Message() << row.now << " " << row.zone << " " << row.firstWeekday);
         World world(row.now, row.zone);
