@@ -160,13 +160,13 @@ public:
     }
 
     /// What must hold between any two events. While a session is a day, which it is unless somebody
-    /// resets it or moves the date back, its totals are the day's.
-    void checkInvariants(bool sessionIsDay = true) {
+    /// resets it, its totals are the day's.
+    void checkInvariants() {
         const Day today = calendar.day(date());
         for (const auto& [id, seconds] : days()) {
             EXPECT_GT(seconds, 0) << qPrintable(id);
         }
-        const bool wholeDay = sessionIsDay && tracker->resetDate() == calendar.startOfDay(date());
+        const bool wholeDay = tracker->resetDate() == calendar.startOfDay(date());
         for (const Activity& activity : context().activities()) {
             EXPECT_GE(activity.seconds(), 0) << qPrintable(activity.key());
             if (wholeDay) {
