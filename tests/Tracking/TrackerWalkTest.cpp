@@ -65,10 +65,9 @@ public:
                 world_.workspace.components.contains(record.key.sliced(4))) {
                 now.excluded.insert(record.key);
             }
-            if (record.categoryValue == u"neutral"_s) {
-                record.categoryValue = u"ignored"_s;
-                record.previous = u"pending"_s;
-            } else if (record.previous == u"neutral"_s) {
+            const bool wasNeutral = record.categoryValue == u"neutral"_s;
+            record.categoryValue = wasNeutral ? u"ignored"_s : record.categoryValue;
+            if (wasNeutral || record.previous == u"neutral"_s) {
                 record.previous = u"pending"_s;
             }
             if (record.seconds > 0 && !record.used) {
@@ -300,13 +299,10 @@ private:
             book(*now.timed, world_.uptime() - now.since);
         }
         if (key && !find(*key)) {
-            const bool isFilms = key == u"site:youtube.com"_s;
-            records.push_back({*key,
-                               key->section(u':', 1),
-                               isFilms ? u"consumption"_s : u"pending"_s,
-                               {},
-                               0,
-                               {}});
+            Record& made = records.emplace_back();
+            made.key = *key;
+            made.name = key->section(u':', 1);
+            made.categoryValue = key == u"site:youtube.com"_s ? u"consumption"_s : u"pending"_s;
         }
         if (key != now.timed) {
             for (const auto& each : {now.timed, key}) {
@@ -558,9 +554,9 @@ private:
             .post(leaves ? ends[reason].first : ends[reason].second);
     }
     void answer() {
+        const QString sites[] = {u"x.org"_s, u"\u00e9.org"_s, u"youtube.com"_s};
+        const QString& site = sites[upTo(3)];
         if (!world_.browsers.reads.empty()) {
-            const QString sites[] = {u"x.org"_s, u"\u00e9.org"_s, u"youtube.com"_s};
-            const QString& site = sites[upTo(3)];
             world_.browsers.answer(site);
             engine_.answered(site, {});
         }
@@ -577,13 +573,9 @@ private:
         }
     }
     void restart() {
-        if (upTo(2) == 0) {
-            world_.tracker->stop();
-            engine_.stop();
-        } else {
-            world_.tracker->save();
-            engine_.save();
-        }
+        const bool isKilled = upTo(2) == 0; // What was saved is there all the same.
+        isKilled ? world_.tracker->save() : world_.tracker->stop();
+        isKilled ? engine_.save() : engine_.stop();
         world_.tracker.reset();
         if (!world_.browsers.reads.empty()) { // Nobody is there to take it.
             world_.browsers.answer(u"late.org"_s);
@@ -597,14 +589,14 @@ private:
     /// As a view does, which looks while the tracker is still at work.
     void watch() {
         const Tracker* tracker = world_.tracker.get();
-        const auto look = [tracker] {
-            tracker->total(Category::pending);
-            tracker->sorted();
-            tracker->dayTotals();
-        };
-        QObject::connect(tracker, &Tracker::revisionChanged, tracker, look);
-        QObject::connect(tracker, &Tracker::activeKeyChanged, tracker, look);
-        QObject::connect(tracker, &Tracker::activitiesChanged, tracker, look);
+        for (const auto signal :
+             {&Tracker::revisionChanged, &Tracker::activeKeyChanged, &Tracker::activitiesChanged}) {
+            QObject::connect(tracker, signal, tracker, [tracker] {
+                tracker->total(Category::pending);
+                tracker->sorted();
+                tracker->dayTotals();
+            });
+        }
         QObject::connect(tracker, &Tracker::activeKeyChanged, tracker, [this] { ++keyChanges_; });
     }
 
