@@ -111,6 +111,10 @@ TEST(PropertyListTest, RefusesWhatIsNoSoundDictionary) {
         doubling.push_back("\xa2" + QByteArray(2, i));
     }
     doubling.emplace_back("\x09");
+    const auto ofWidth = [](int width) { // Of an offset, and of a reference.
+        return "bplist00\xd0" + QByteArray(width - 1, '\0') + '\x08' + QByteArray(6, '\0') +
+               QByteArray(2, static_cast<char>(width)) + bigEndian(1) + bigEndian(0) + bigEndian(9);
+    };
 
     const std::pair<const char*, QByteArray> rows[] = {
         {"empty", {}},
@@ -128,6 +132,7 @@ TEST(PropertyListTest, RefusesWhatIsNoSoundDictionary) {
          binaryList({"\xd1\1\1", "\x5f\x13\xff\xff\xff\xff\xff\xff\xff\xff"})},
         {"doubling", binaryList(doubling)},
         {"deeper than the stack may be", nested(129)},
+        {"offsets of nine bytes", ofWidth(9)},
         {"offsets in the trailer",
          "bplist00\xd0"_ba + "\0\x08\0\0\0\0\2\1"_ba + bigEndian(1) + bigEndian(0) + bigEndian(9)},
         {"deep XML", xmlDictionary("<key>k</key>" + QByteArray("<array>").repeated(5000) +
@@ -140,7 +145,7 @@ TEST(PropertyListTest, RefusesWhatIsNoSoundDictionary) {
     for (const auto& [title, bytes] : rows) {
         EXPECT_THROW(PropertyList::parse(bytes), ModelError) << title;
     }
-    EXPECT_TRUE(PropertyList::parse(nested(128)));
+    EXPECT_TRUE(PropertyList::parse(nested(128)) && PropertyList::parse(ofWidth(8)));
     for (const QByteArray& array : {binaryList({"\xa0"}), xmlList("<array/>")}) {
         EXPECT_FALSE(PropertyList::parse(array));
     }

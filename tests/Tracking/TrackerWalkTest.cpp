@@ -44,7 +44,7 @@ public:
         std::optional<QString> lastOther;
         std::optional<double> nextTick;
         bool asksSites = false, isAsking = false, inspecting = false, all = false;
-        int targets = 0, askedFor = 0, failures = 0, ticks = 0, keyChanges = 0;
+        int targets = 0, askedFor = 0, failures = 0, ticks = 0, keyChanges = 0, looks = 0;
         double since = 0, retryAt = 0;
         QString status;
         std::bitset<4> away;
@@ -294,6 +294,7 @@ private:
     }
     /// Books what was timed until now, and times this from now on.
     void time(std::optional<QString> key) {
+        ++now.looks;
         key = key && isIgnored(*key) ? std::nullopt : key;
         if (now.timed) {
             book(*now.timed, world_.uptime() - now.since);
@@ -393,12 +394,12 @@ public:
         const bool isSelectable =
             category != engine_.records[row].category() && category <= Category::consumption;
         const std::function<void()> events[] = {
-            [&] { (engine_.paused = !engine_.paused, tracker.togglePause()); },
+            [&] { engine_.paused || seldom ? togglePause() : tracker.refreshFocus(); },
             [&] {
                 (world_.stall(static_cast<double>(upTo(seldom ? 400000 : 3200)) / 8),
                  tracker.refreshFocus());
             },
-            [&] { leaveOrReturn(upTo(4), upTo(3) == 0); },
+            [&] { leaveOrReturn(upTo(4), seldom); },
             [&] { leaveOrReturn(upTo(4), false); },
             [&] { setClock(seldom ? static_cast<int>(upTo(200000)) - 60000 : 0); },
             [&] { world_.travel(seldom ? "Asia/Tokyo" : "Europe/Berlin"); },
@@ -419,10 +420,11 @@ public:
                 isSelectable ? engine_.classify(row, category) : void();
             },
             [&] { (tracker.resumeMonitoring(activity), engine_.resume(row)); },
+            [&] { (tracker.resumeMonitoring(activity), engine_.resume(row)); },
             [&] { tracker.setShowAllActivities(engine_.now.all = often); },
             [&] { (tracker.setInspecting(often), engine_.inspect(often)); },
             [&] { (tracker.save(), engine_.save()); },
-            [&] { seldom ? (tracker.reset(), engine_.reset()) : tracker.start(); },
+            [&] { often ? tracker.start() : (tracker.reset(), engine_.reset()); },
             [&] { seldom ? (tracker.clearHistory(), engine_.clearHistory()) : void(); },
             [&] { seldom&& isSound_ ? restart() : tracker.completeHistory(); },
             [&] { pass(spans[upTo(spans.size())]); },
@@ -457,6 +459,7 @@ public:
         EXPECT_EQ(world_.browsers.reads.size(), now.isAsking ? 1U : 0U);
         EXPECT_EQ(world_.loop.armedCount(), engine_.timers());
         EXPECT_EQ(keyChanges_, now.keyChanges);
+        EXPECT_GE(tracker.revision(), static_cast<quint64>(now.looks));
         EXPECT_EQ(world_.context().hasChanges(), !engine_.isSaved || !isSound_);
         EXPECT_EQ(world_.days(), engine_.days);
         ASSERT_EQ(tracker.activities().size(), engine_.records.size());
@@ -522,6 +525,10 @@ private:
     void setClock(double by) {
         world_.wallShift += by;
         world_.defaultCenter.post(Notification::CalendarDayChanged);
+    }
+    void togglePause() {
+        engine_.paused = !engine_.paused;
+        world_.tracker->togglePause();
     }
     void setSitesEnabled(bool enabled) {
         engine_.disabled = enabled ? std::set<QString>() : std::set{u"browser"_s};
