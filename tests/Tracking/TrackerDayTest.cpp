@@ -118,3 +118,20 @@ TEST(HistoryWeeksTest, AreWholeWeeksUpToToday) {
         }
     }
 }
+
+TEST(TrackerPanelTest, AnOpenPanelWaitsUntilABriefActivityIsListedNoMore) {
+    World world;
+    world.begin();
+    Activity& a = world.add(u"app:a"_s, u"pending"_s);
+    a.setLastUsedAt(world.date() - 299);
+    for (const auto& [seconds, category, timers] : {std::tuple(0.5, Category::pending, 1U),
+                                                    {59.875, Category::production, 1},
+                                                    {60, Category::pending, 0},
+                                                    {0, Category::pending, 0},
+                                                    {0.5, Category::ignored, 0}}) {
+        a.setSeconds(seconds);
+        a.setCategory(category);
+        world.tracker->setInspecting(true);
+        EXPECT_EQ(world.loop.armedCount(), timers) << seconds;
+    }
+}
