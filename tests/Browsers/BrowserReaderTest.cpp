@@ -17,6 +17,9 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
+const auto unreachable = u"Não foi possível consultar o navegador"_s;
+const auto forbidden = u"Permissão de Automação necessária · veja Ajustes"_s;
+
 class Transport final : public AppleEventTransport {
 public:
     std::vector<AppleEvent> sent;
@@ -41,8 +44,7 @@ protected:
 
     /// Lets every step that follows from another happen.
     static void settle() {
-        constexpr int steps = 10;
-        for (int i = 0; i < steps; ++i) {
+        for (int i = 0; i < 10; ++i) {
             QCoreApplication::processEvents();
         }
     }
@@ -78,11 +80,10 @@ TEST_F(BrowserReaderTest, TheRequestIsForTheAddressOfTheFrontTabOfTheFirstWindow
          {std::tuple(BrowserDialect::safari, fourCharCode("cTab"), fourCharCode("pURL")),
           {BrowserDialect::chromium, fourCharCode("acTa"), fourCharCode("URL ")}}) {
         const AppleEvent event = BrowserReader::request(dialect, 4711);
-        EXPECT_EQ(event.eventClass, fourCharCode("core"));
-        EXPECT_EQ(event.eventID, fourCharCode("getd"));
+        EXPECT_TRUE(event.eventClass == fourCharCode("core") &&
+                    event.eventID == fourCharCode("getd"));
         EXPECT_EQ(event.target, EventDescriptor::processIdentifier(4711));
-        EXPECT_EQ(event.returnID, -1);
-        EXPECT_EQ(event.transactionID, 0);
+        EXPECT_TRUE(event.returnID == -1 && event.transactionID == 0);
         ASSERT_EQ(event.parameters.size(), 1U);
         const EventDescriptor* object = event.parameter(fourCharCode("----"));
         for (const auto& [want, form, selected] :
@@ -106,42 +107,34 @@ TEST_F(BrowserReaderTest, EveryOutcomeHasItsAnswer) {
         event.parameters.insert({AppleEvent::errorNumber, EventDescriptor::int32(number)});
         return event;
     };
+    const auto noText =
+        AppleEvent{.parameters = {{AppleEvent::directObject, EventDescriptor::int32(1)}}};
     const QString unavailable = u"Site indisponível ou aba interna"_s;
-    const std::pair<std::optional<AppleEvent>, QString> rows[] = {
-        {address(u"https://a.org/"_s), u"site a.org"_s},
-        {withError(0), u"site a.org"_s},
-        {withError(-1719), unavailable},
-        {address(u"about:blank"_s), unavailable},
-        {AppleEvent{}, unavailable},
-        {AppleEvent{.parameters = {{AppleEvent::directObject, EventDescriptor::int32(1)}}},
-         unavailable},
-        {std::nullopt, u"Não foi possível consultar o navegador"_s},
-    };
-    for (const auto& [event, answer] : rows) {
+    for (const auto& [event, answer] :
+         {std::pair<std::optional<AppleEvent>, QString>{withError(0), u"site a.org"_s},
+          {withError(-1719), unavailable},
+          {address(u"about:blank"_s), unavailable},
+          {AppleEvent{}, unavailable},
+          {noText, unavailable},
+          {std::nullopt, unreachable}}) {
         read();
         settle();
         EXPECT_EQ(transport.sent.back(), BrowserReader::request(BrowserDialect::chromium, 42));
         reply(event);
-        EXPECT_EQ(answers, QStringList{answer});
-        answers.clear();
+        EXPECT_EQ(answers.takeLast(), answer);
     }
     const auto sent = transport.sent.size();
-
+    auto& running = automation.running[u"read.browser"_s];
     automation.decisions[42] = AutomationPermission::refused;
     read();
     settle();
-    auto& running = automation.running[u"read.browser"_s];
     running = {{.processIdentifier = 42, .isTerminated = true}, {.processIdentifier = 43}};
     read();
     settle();
     running.clear();
     read();
     settle();
-    read(u"read.other"_s);
-    settle();
-    EXPECT_EQ(answers, (QStringList{u"Permissão de Automação necessária · veja Ajustes"_s,
-                                    u"Navegador fechado"_s, u"Navegador fechado"_s,
-                                    u"Navegador não compatível"_s}));
+    EXPECT_EQ(answers, (QStringList{forbidden, u"Navegador fechado"_s, u"Navegador fechado"_s}));
     EXPECT_EQ(transport.sent.size(), sent);
 }
 
@@ -155,13 +148,13 @@ TEST_F(BrowserReaderTest, ReadsGoOneAfterTheOtherAndThePersonIsAskedOnce) {
     read(u"read.other"_s);
     read();
     settle();
-    EXPECT_EQ(answers, QStringList{u"Permissão de Automação necessária · veja Ajustes"_s});
+    EXPECT_EQ(answers, QStringList{forbidden});
     EXPECT_EQ(transport.sent.size(), 1U);
     reply(address(u"https://a.org/"_s));
     EXPECT_EQ(transport.sent.size(), 2U);
     reply(std::nullopt);
-    EXPECT_EQ(answers.sliced(1), (QStringList{u"site a.org"_s, u"Navegador não compatível"_s,
-                                              u"Não foi possível consultar o navegador"_s}));
+    EXPECT_EQ(answers.sliced(1),
+              (QStringList{u"site a.org"_s, u"Navegador não compatível"_s, unreachable}));
     EXPECT_EQ(automation.log, QStringList{u"ask 42"_s});
 }
 

@@ -38,7 +38,6 @@ TEST(BrowserDialectTest, WebPagesAreOpenedByWhatSaysSo) {
         {"no list", information(u"http https file"_s, u"public.html"_s), false},
         {"numbers", information(QVariantList{1, 2}, QVariantList{3}), false},
         {"no dictionaries", {{u"CFBundleURLTypes"_s, QStringList{u"http"_s}}}, false},
-        {"nothing", {}, false},
     };
     for (const auto& [what, info, opens] : rows) {
         EXPECT_EQ(BrowserDialect::opensWebPages(info), opens) << what;
@@ -71,14 +70,14 @@ TEST(BrowserDialectTest, IsFoundOnceAndKept) {
     bundles.install(u"/a/kept.late"_s, u"Late"_s, chromiumCodes);
     EXPECT_EQ(of(u"kept.late"_s), BrowserDialect::chromium);
 
-    bundles.install(u"/a/kept.without"_s, u"Without"_s, "");
-    bundles.applications.at(u"/a/kept.without"_s).resources.clear();
-    bundles.install(u"/a/kept.latin"_s, u"Latin"_s, QByteArray(safariCodes) + "\xe9");
-    bundles.install(u"/a/kept.unnamed"_s, u"Unnamed"_s, safariCodes);
-    bundles.applications.at(u"/a/kept.unnamed"_s)
-        .bundle.infoDictionary[u"OSAScriptingDefinition"_s] = 7;
-    bundles.install(u"/a/kept.mail"_s, u"Mail"_s, safariCodes);
-    bundles.applications.at(u"/a/kept.mail"_s).bundle.infoDictionary.remove(u"CFBundleURLTypes"_s);
+    const auto install = [&bundles](const QString& id, const QByteArray& sdef) -> auto& {
+        bundles.install(u"/a/"_s + id, id, sdef);
+        return bundles.applications.at(u"/a/"_s + id);
+    };
+    install(u"kept.without"_s, "").resources.clear();
+    install(u"kept.latin"_s, QByteArray(safariCodes) + "\xe9");
+    install(u"kept.unnamed"_s, safariCodes).bundle.infoDictionary[u"OSAScriptingDefinition"_s] = 7;
+    install(u"kept.mail"_s, safariCodes).bundle.infoDictionary.remove(u"CFBundleURLTypes"_s);
     const int before = bundles.resourcesRead;
     for (int time = 0; time < 2; ++time) {
         for (const QString& name :

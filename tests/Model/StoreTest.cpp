@@ -7,6 +7,9 @@
 
 #include <sys/stat.h>
 
+#include <tuple>
+#include <vector>
+
 namespace orvanta {
 
 namespace {
@@ -39,31 +42,31 @@ TEST_F(StoreTest, ANewOneHasTheLayoutThatOtherProgramsKnow) {
     Statement row(other, "SELECT * FROM Z_METADATA");
     ASSERT_TRUE(row.step());
     EXPECT_EQ(row.integer(0), 1);
-    const QUuid uuid(row.text(1));
-    EXPECT_FALSE(uuid.isNull());
-    EXPECT_EQ(row.text(1), uuid.toString(QUuid::WithoutBraces).toUpper());
+    EXPECT_FALSE(QUuid(row.text(1)).isNull());
+    EXPECT_EQ(row.text(1), QUuid(row.text(1)).toString(QUuid::WithoutBraces).toUpper());
     const auto list = PropertyList::parse(row.blob(2).toByteArray());
     EXPECT_FALSE(row.step());
     const auto hashes = list.value().dictionary(u"NSStoreModelVersionHashes"_s);
     EXPECT_EQ(hashes.value().keys().size(), 2);
     const QByteArray activity = hashes->data(u"Activity"_s).value();
     const QByteArray dayActivity = hashes->data(u"DayActivity"_s).value();
-    EXPECT_EQ(activity.size(), 32);
-    EXPECT_EQ(dayActivity.size(), 32);
-    EXPECT_NE(activity, dayActivity);
+    EXPECT_TRUE(activity.size() == 32 && dayActivity.size() == 32 && activity != dayActivity);
     const auto hash = [](const QByteArray& of, QCryptographicHash::Algorithm algorithm) {
         return QString::fromLatin1(QCryptographicHash::hash(of, algorithm).toBase64());
     };
-    EXPECT_EQ(
-        list->text(u"NSStoreModelVersionHashesDigest"_s),
-        hash("Activity" + activity + "DayActivity" + dayActivity, QCryptographicHash::Sha512));
-    EXPECT_EQ(list->text(u"NSStoreModelVersionChecksumKey"_s),
-              hash(activity + dayActivity, QCryptographicHash::Sha256));
+    for (const auto& [key, text] :
+         {std::pair(u"NSStoreModelVersionHashesDigest"_s,
+                    hash("Activity" + activity + "DayActivity" + dayActivity,
+                         QCryptographicHash::Sha512)),
+          {u"NSStoreModelVersionChecksumKey"_s,
+           hash(activity + dayActivity, QCryptographicHash::Sha256)},
+          {u"NSStoreType"_s, u"SQLite"_s},
+          {u"_NSAutoVacuumLevel"_s, u"2"_s}}) {
+        EXPECT_EQ(list->text(key), text);
+    }
     EXPECT_EQ(list->texts(u"NSStoreModelVersionIdentifiers"_s), QStringList{u"1.0.0"_s});
     EXPECT_EQ(list->integer(u"NSStoreModelVersionHashesVersion"_s), 3);
     EXPECT_GT(list->integer(u"NSPersistenceFrameworkVersion"_s), 0);
-    EXPECT_EQ(list->text(u"NSStoreType"_s), u"SQLite"_s);
-    EXPECT_EQ(list->text(u"_NSAutoVacuumLevel"_s), u"2"_s);
     EXPECT_EQ(list->keys().size(), 8);
 }
 
@@ -83,51 +86,40 @@ TEST_F(StoreTest, OnlyItsOwnerCanReadIt) {
 }
 
 TEST_F(StoreTest, KeepsEveryFieldAsItWas) {
-    const struct {
-        QString name;
-        QString category;
-        std::optional<QString> previous;
-        std::optional<Date> used;
-        double seconds;
-    } rows[] = {{u"Finder"_s, u"production"_s, std::nullopt, std::nullopt, 0},
-                {u""_s, u"Production"_s, u"pending"_s, Date{7e8}, 0.1},
-                {u"Ação 日本 🦊 'x' \"y\" | %1"_s, u"ignored"_s, u"?"_s, Date{-0.1}, 86400},
-                {u"A"_s, u""_s, u""_s, Date{731548800.123456}, 1e-300}};
-    const auto key = [](std::size_t row) {
-        return u"site:ключ%1"_s.arg(row);
-    };
+    using Fields = std::tuple<QString, QString, QString, std::optional<QString>,
+                              std::optional<Date>, double, std::optional<double>>;
+    const std::vector<Fields> rows{
+        {u"app:a"_s, u"Finder"_s, u"production"_s, {}, {}, 0, 0},
+        {u"site:ключ"_s, u""_s, u"Production"_s, u"pending"_s, Date{7e8}, 0.1, 86400},
+        {u""_s, u"Ação 日本 🦊 'x' \"y\" | %1"_s, u"ignored"_s, u"?"_s, Date{-0.1}, 8,
+         1e-300},
+        {u"app:b"_s, u"A"_s, u""_s, u""_s, Date{731548800.123456}, 1e-300, {}}};
     {
         const auto container = open();
         ModelContext& context = container->mainContext();
-        for (const auto& [name, category, previous, used, seconds] : rows) {
-            Activity& activity = context.activities().append(key(context.activities().size()), name,
-                                                             Category::pending, seconds);
+        for (const auto& [key, name, category, previous, used, seconds, inDay] : rows) {
+            Activity& activity = context.activities().append(key, name, Category::pending, seconds);
             activity.setCategoryValue(category);
             activity.setLastUsedAt(used);
             activity.setPreviousCategoryValue(previous);
-            context.dayActivities().setSeconds(day, activity.keyId(), seconds);
+            inDay ? context.dayActivities().setSeconds(day, activity.keyId(), *inDay) : void();
         }
         context.save();
     }
     const auto container = open();
     ModelContext& context = container->mainContext();
-    ASSERT_EQ(context.activities().size(), std::size(rows));
-    ASSERT_EQ(context.dayActivities().size(), std::size(rows));
-    for (std::size_t i = 0; i < std::size(rows); ++i) {
-        const Activity& activity = context.activities()[i];
-        EXPECT_EQ(activity.key(), key(i));
-        EXPECT_EQ(activity.name(), rows[i].name);
-        EXPECT_EQ(activity.categoryValue(), rows[i].category);
-        EXPECT_EQ(activity.previousCategoryValue(), rows[i].previous);
-        EXPECT_EQ(activity.lastUsedAt(), rows[i].used);
-        EXPECT_EQ(activity.seconds(), rows[i].seconds);
-        EXPECT_EQ(context.dayActivities().seconds(day, activity.keyId()), rows[i].seconds);
+    std::vector<Fields> found;
+    for (const Activity& a : context.activities()) {
+        found.emplace_back(a.key(), a.name(), a.categoryValue(), a.previousCategoryValue(),
+                           a.lastUsedAt(), a.seconds(),
+                           context.dayActivities().seconds(day, a.keyId()));
     }
+    EXPECT_TRUE(found == rows);
     EXPECT_FALSE(context.hasChanges());
     EXPECT_EQ(read("SELECT typeof(ZLASTUSEDAT), ZLASTUSEDAT FROM ZACTIVITY WHERE Z_PK IN (1, 2)"),
               "null|NULL\ninteger|700000000");
-    EXPECT_EQ(read("SELECT Z_ENT, ZDAY, ZID, ZKEY FROM ZDAYACTIVITY WHERE Z_PK = 1"),
-              "2|2024-03-05|2024-03-05|site:ключ0|site:ключ0");
+    EXPECT_EQ(read("SELECT Z_ENT, ZDAY, ZID, ZKEY FROM ZDAYACTIVITY WHERE Z_PK = 2"),
+              "2|2024-03-05|2024-03-05|site:ключ|site:ключ");
 }
 
 TEST_F(StoreTest, ASaveWritesWhatHasChangedAndNothingElse) {
@@ -138,20 +130,19 @@ TEST_F(StoreTest, ASaveWritesWhatHasChangedAndNothingElse) {
     context.dayActivities().add({2024, 3, 6}, a.keyId(), 1);
     context.dayActivities().add(day, b.keyId(), 1); // Rows are numbered by day.
     context.save();
-    EXPECT_FALSE(context.hasChanges());
     const auto unchanged = files();
     context.save();
     EXPECT_EQ(files(), unchanged);
-
-    a.setSeconds(5);
-    context.dayActivities().add(day, b.keyId(), 1);
-    context.save();
-    a.setLastUsedAt(Date{7});
-    context.save();
+    for (int i = 0; i < 2; ++i) {
+        a.setSeconds(5);
+        a.setLastUsedAt(Date{6.0 + i});
+        context.dayActivities().setSeconds(day, b.keyId(), 2);
+        context.save();
+    }
     EXPECT_EQ(read("SELECT Z_PK, Z_OPT, ZKEY, ZSECONDS, ZLASTUSEDAT FROM ZACTIVITY"),
               "1|3|app:a|5.0|7\n2|1|app:b|0.0|NULL");
     EXPECT_EQ(read("SELECT Z_PK, Z_OPT, ZDAY, ZSECONDS FROM ZDAYACTIVITY"),
-              "1|2|2024-03-05|2.0\n2|1|2024-03-06|1.0");
+              "1|3|2024-03-05|2.0\n2|1|2024-03-06|1.0");
     EXPECT_EQ(read("SELECT Z_MAX FROM Z_PRIMARYKEY"), "2\n2");
 }
 

@@ -11,9 +11,9 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -29,47 +29,43 @@ constexpr int refused = AutomationPermission::refused;
 class SetupTest : public testing::Test {
 protected:
     using Setup = orvanta::Setup; // GoogleTest keeps a trap of that name.
+    using Status = LoginItem::Status;
 
     SetupTest() {
-        offered = {{u"first"_s, u"Primeiro"_s, true}, {u"second"_s, u"Segundo"_s, false}};
+        bundles.install(u"/a/first"_s, u"Primeiro"_s, {});
         run(u"first"_s, 1);
         run(u"second"_s, 2);
     }
-
     void run(const QString& browser, qint64 process) {
         automation.running[browser] = {{.processIdentifier = process}};
     }
     void start() {
         setup = std::make_unique<Setup>([this] { return offered; }, defaults, system);
         setup->onGrant = [this] {
-            events.append(u"grant"_s);
+            automation.log.append(u"grant"_s);
         };
-        QObject::connect(setup.get(), &Setup::changed,
-                         [this] { events.append(u"changed "_s + stateText()); });
+        QObject::connect(setup.get(), &Setup::changed, [this] { automation.log.append(state()); });
     }
+    void perform(std::size_t step) { setup->perform(setup->steps()[step]); }
     /// "finished: " where it is; then each step's state, the optional ones in brackets.
-    QString stateText() const {
+    QString state() const {
         QStringList texts;
         for (const Setup::Step& step : setup->steps()) {
-            const QString state = step.state == Setup::State::pending ? u"pending"_s
-                                  : step.state == Setup::State::done  ? u"done"_s
-                                                                      : u"settings"_s;
-            texts.append(step.optional ? u"("_s + state + u")"_s : state);
+            const QString text = step.state == Setup::State::pending ? u"pending"_s
+                                 : step.state == Setup::State::done  ? u"done"_s
+                                                                     : u"settings"_s;
+            texts.append(step.optional ? u'(' + text + u')' : text);
         }
         return (setup->finished() ? u"finished: "_s : QString()) + texts.join(u' ');
     }
-    /// What happened since the last time.
-    QStringList takeEvents() { return std::exchange(events, {}); }
-    QStringList eventsAfterASecond() {
-        loop.advance(1);
-        return takeEvents();
-    }
-    static QStringList names(const std::vector<Setup::Step>& steps) {
+    /// What happened since the last time: what was told, granted and asked of the desktop.
+    QString log() { return std::exchange(automation.log, {}).join(u", "_s); }
+    static QString names(const std::vector<Setup::Step>& steps) {
         QStringList result;
         for (const Setup::Step& step : steps) {
-            result.append(step.name);
+            result.append(step.id + u' ' + step.name);
         }
-        return result;
+        return result.join(u", "_s);
     }
 
     QTemporaryDir folder;
@@ -79,132 +75,84 @@ protected:
     FakeAutomation automation;
     HandMainLoop loop;
     Setup::System system{login, bundles, automation, automation, automation, loop};
-    std::vector<Browser> offered;
-    QStringList events;
+    std::vector<Browser> offered{{u"first"_s, u"Primeiro"_s, true},
+                                 {u"second"_s, u"Segundo"_s, false}};
     std::unique_ptr<Setup> setup;
 };
 
-TEST_F(SetupTest, TheLoginItemComesFirstAndOnlyTheDefaultBrowserIsRequiredBesideIt) {
-    automation.decisions[1] = permitted;
-    start();
-    EXPECT_EQ(names(setup->steps()),
-              (QStringList{u"Iniciar ao entrar"_s, u"Sites no Primeiro"_s, u"Sites no Segundo"_s}));
-    EXPECT_EQ(setup->steps().front().id, u"login"_s);
-    EXPECT_EQ(setup->steps().back().id, u"second"_s);
-    EXPECT_EQ(names(setup->required()), names(setup->steps()).sliced(0, 2));
-    EXPECT_EQ(names(setup->optional()), QStringList{u"Sites no Segundo"_s});
-    EXPECT_EQ(names(setup->completed()), QStringList{u"Sites no Primeiro"_s});
-    EXPECT_EQ(setup->done(), 1U);
-
+TEST_F(SetupTest, LooksOnceASecondTellsOnlyWhatChangedAndGrantsOnlyWhatHasJustBecomeDone) {
     automation.decisions[2] = permitted;
-    setup->refresh();
-    EXPECT_EQ(setup->done(), 1U) << "an optional step does not count";
-    offered.clear();
-    setup->refresh();
-    EXPECT_EQ(stateText(), u"pending"_s);
-}
-
-TEST_F(SetupTest, EveryAnswerOfTheSystemIsAState) {
     start();
-    for (const auto& [status, decision, text] :
-         {std::tuple(LoginItem::Status::notRegistered, AutomationPermission::undecided,
-                     u"pending pending (pending)"_s),
-          {LoginItem::Status::notFound, -600, u"pending pending (pending)"_s},
-          {LoginItem::Status::requiresApproval, refused, u"settings settings (pending)"_s},
-          {LoginItem::Status::requiresApproval, permitted, u"settings done (pending)"_s},
-          {LoginItem::Status::enabled, refused, u"done settings (pending)"_s}}) {
-        login.current = status;
-        automation.decisions[1] = decision;
-        setup->refresh();
-        EXPECT_EQ(stateText(), text);
+    EXPECT_EQ(state(), u"pending pending (done)"_s) << "before any time has passed";
+    EXPECT_EQ(names(setup->required()), u"login Iniciar ao entrar, first Sites no Primeiro"_s);
+    EXPECT_EQ(names(setup->optional()), u"second Sites no Segundo"_s);
+    EXPECT_EQ(names(setup->completed()), QString());
+    EXPECT_EQ(setup->done(), 0U) << "an optional step does not count";
+
+    auto& running = automation.running;
+    auto& decisions = automation.decisions;
+    const std::pair<std::function<void()>, QString> rows[] = {
+        {[&] { decisions[1] = -600; }, {}},
+        {[&] { login.current = Status::notFound; }, {}},
+        {[&] { decisions[1] = refused; }, u"pending settings (done)"_s},
+        {[&] { login.current = Status::requiresApproval; }, u"settings settings (done)"_s},
+        {[&] { login.current = Status::enabled; }, u"done settings (done), grant"_s},
+        {[&] { decisions[2] = refused; }, u"done settings (settings)"_s},
+        // Of one that does not run nothing is known, and what was known stays.
+        {[&] { running.clear(); }, {}},
+        {[&] { decisions[2] = permitted; }, {}},
+        {[&] { std::swap(offered[0], offered[1]); }, u"done (settings) settings"_s},
+        // Two processes: the one in front answers.
+        {[&] {
+             running[u"first"_s] = {{.processIdentifier = 8}, {.processIdentifier = 1}};
+         },
+         u"done (settings) pending"_s},
+        // Two at once are one grant, and one that was not there counts.
+        {[&] {
+             run(u"second"_s, 2);
+             run(u"third"_s, 2);
+             offered.push_back({u"third"_s, u"Terceiro"_s, false});
+         },
+         u"done (done) pending (done), grant"_s},
+        {[&] { offered.pop_back(); }, u"done (done) pending"_s},
+        {[&] { setup->onGrant = nullptr; }, {}},
+        {[&] { decisions[8] = permitted; }, u"finished: done (done) done"_s},
+        // For good.
+        {[&] { login.current = Status::notRegistered; }, {}},
+        {[&] { setup->refresh(); }, {}},
+    };
+    for (std::size_t row = 0; row < std::size(rows); ++row) {
+        loop.advance(0.5);
+        rows[row].first();
+        loop.advance(0.375);
+        EXPECT_EQ(log(), QString()) << row;
+        loop.advance(0.125);
+        EXPECT_EQ(log(), rows[row].second) << row;
     }
-    EXPECT_TRUE(automation.log.isEmpty()) << "looking asks nobody";
-}
-
-TEST_F(SetupTest, LooksOnceASecondAndTellsOnlyWhatChanged) {
-    automation.decisions[2] = refused;
-    start();
-    EXPECT_EQ(stateText(), u"pending pending (settings)"_s) << "before any time has passed";
-    EXPECT_EQ(eventsAfterASecond(), QStringList());
-    automation.decisions[1] = refused;
-    loop.advance(0.9);
-    EXPECT_EQ(takeEvents(), QStringList());
-    loop.advance(0.1);
-    EXPECT_EQ(takeEvents(), QStringList{u"changed pending settings (settings)"_s});
-
-    // Of one that does not run nothing is known, and what was known stays.
-    automation.running.clear();
-    offered.push_back({u"third"_s, u"Terceiro"_s, false});
-    EXPECT_EQ(eventsAfterASecond(),
-              QStringList{u"changed pending settings (settings) (pending)"_s});
-    std::swap(offered[0], offered[1]);
-    EXPECT_EQ(eventsAfterASecond(),
-              QStringList{u"changed pending (settings) settings (pending)"_s});
-    // Two processes: the one in front answers.
-    automation.running[u"first"_s] = {{.processIdentifier = 8}, {.processIdentifier = 1}};
-    EXPECT_EQ(eventsAfterASecond(), QStringList{u"changed pending (settings) pending (pending)"_s});
-}
-
-TEST_F(SetupTest, AStepThatHasJustBecomeDoneIsAGrant) {
-    automation.decisions[2] = permitted;
-    start();
-    EXPECT_EQ(takeEvents(), QStringList()) << "what was done before is none";
-    login.current = LoginItem::Status::enabled;
-    EXPECT_EQ(eventsAfterASecond(), (QStringList{u"changed done pending (done)"_s, u"grant"_s}));
-    EXPECT_EQ(eventsAfterASecond(), QStringList());
-    automation.decisions[2] = refused;
-    EXPECT_EQ(eventsAfterASecond(), QStringList{u"changed done pending (settings)"_s});
-    automation.decisions[2] = permitted;
-    run(u"third"_s, 3);
-    automation.decisions[3] = permitted;
-    offered.push_back({u"third"_s, u"Terceiro"_s, false});
-    EXPECT_EQ(eventsAfterASecond(),
-              (QStringList{u"changed done pending (done) (done)"_s, u"grant"_s}))
-        << "two at once are one, and one that was not there counts";
-
-    setup->onGrant = nullptr;
-    automation.decisions[1] = permitted;
-    EXPECT_EQ(eventsAfterASecond(), QStringList{u"changed finished: done done (done) (done)"_s});
-}
-
-TEST_F(SetupTest, FinishesForGoodOnceTheRequiredStepsAreDone) {
-    start();
-    login.current = LoginItem::Status::enabled;
-    automation.decisions = {{1, permitted}, {2, refused}};
-    EXPECT_EQ(eventsAfterASecond(),
-              (QStringList{u"changed finished: done done (settings)"_s, u"grant"_s}));
     EXPECT_TRUE(setup->isReady());
+    EXPECT_EQ(names(setup->completed()), names(setup->required()));
+    EXPECT_EQ(setup->done(), 2U);
     EXPECT_EQ(loop.armedCount(), 0U);
-
-    login.current = LoginItem::Status::notRegistered;
-    setup->refresh();
-    EXPECT_EQ(stateText(), u"finished: done done (settings)"_s);
-    EXPECT_EQ(takeEvents(), QStringList());
 
     defaults = UserDefaults(folder.path(), u"domain"_s);
-    EXPECT_TRUE(defaults.boolValue(u"setupDoneV1"_s));
-    start();
-    setup->refresh();
-    EXPECT_EQ(stateText(), u"finished: "_s);
-    EXPECT_EQ(loop.armedCount(), 0U);
-}
-
-TEST_F(SetupTest, WhereNothingIsLeftToDoItFinishesAtOnce) {
-    login.current = LoginItem::Status::enabled;
-    offered.clear();
-    start();
-    EXPECT_EQ(stateText(), u"finished: done"_s);
-    EXPECT_EQ(loop.armedCount(), 0U);
+    for (const QString& expected : {u"finished: "_s, u"finished: done"_s}) {
+        start();
+        setup->refresh();
+        EXPECT_EQ(state(), expected);
+        EXPECT_EQ(loop.armedCount(), 0U);
+        EXPECT_TRUE(defaults.boolValue(u"setupDoneV1"_s));
+        // Where nothing is left to do it finishes at once.
+        defaults.setBool(u"setupDoneV1"_s, false);
+        login.current = Status::enabled;
+        offered.clear();
+    }
 }
 
 TEST_F(SetupTest, PerformingTheLoginStepRegistersAndLeadsToTheSettingsWhereThatIsNotEnough) {
-    using Status = LoginItem::Status;
     struct Row {
-        Status before;
-        Status registered;
+        Status before, registered;
         std::optional<QString> problem;
-        int registrations;
-        int settingsOpened;
+        int registrations, settingsOpened;
         QString after;
     };
     for (const Row& row :
@@ -219,66 +167,47 @@ TEST_F(SetupTest, PerformingTheLoginStepRegistersAndLeadsToTheSettingsWhereThatI
         login.problem = row.problem;
         login.registrations = login.settingsOpened = 0;
         start();
-        setup->perform(setup->steps().front());
+        perform(0);
         EXPECT_EQ(login.registrations, row.registrations) << row.after.toStdString();
         EXPECT_EQ(login.settingsOpened, row.settingsOpened) << row.after.toStdString();
-        EXPECT_EQ(stateText(), row.after);
+        EXPECT_EQ(state(), row.after);
     }
-    EXPECT_TRUE(automation.log.isEmpty());
-}
-
-TEST_F(SetupTest, PerformingABrowserStepAsksOrLeadsToTheSettings) {
-    automation.decisions[2] = refused;
-    start();
-    automation.decisions[1] = permitted;
-    setup->perform(setup->steps()[1]);
-    EXPECT_EQ(automation.log, QStringList{u"ask 1"_s});
-    EXPECT_EQ(takeEvents(), (QStringList{u"changed pending done (settings)"_s, u"grant"_s}))
-        << "without waiting for the next second";
-    setup->perform(setup->steps()[1]);
-    EXPECT_EQ(automation.log.size(), 1) << "what is done stays as it is";
-    setup->perform(setup->steps()[2]);
-    EXPECT_EQ(
-        automation.log.sliced(1),
-        QStringList{
-            u"open x-apple.systempreferences:com.apple.preference.security?Privacy_Automation"_s});
-    EXPECT_EQ(login.settingsOpened, 0);
 }
 
 TEST_F(SetupTest, ABrowserIsStartedOutOfSightBeforeItIsAskedAbout) {
-    bundles.install(u"/a/first"_s, u"Primeiro"_s, {});
-    const auto request = [this](const QString& id) {
-        Setup::requestAutomation(
-            id, [this] { automation.log.append(u"over"_s); }, system);
-        return std::exchange(automation.log, {});
-    };
-    EXPECT_EQ(request(u"first"_s), (QStringList{u"ask 1"_s, u"over"_s})) << "it runs";
-    automation.running.clear();
-    EXPECT_EQ(request(u"second"_s), QStringList{u"over"_s}) << "it is not installed";
+    automation.decisions[2] = refused;
+    start();
+    automation.decisions[1] = permitted;
+    perform(1);
+    EXPECT_EQ(log(), u"ask 1, pending done (settings), grant"_s) << "without waiting for a second";
+    perform(1);
+    EXPECT_EQ(log(), QString()) << "what is done stays as it is";
+    perform(2);
+    EXPECT_EQ(log(),
+              u"open x-apple.systempreferences:com.apple.preference.security?Privacy_Automation"_s);
+    EXPECT_EQ(login.settingsOpened, 0);
 
-    const QStringList launch{u"launch /a/first (inactive) (hidden)"_s};
-    EXPECT_EQ(request(u"first"_s), launch);
-    automation.launched();
-    EXPECT_EQ(automation.log, QStringList{u"over"_s}) << "it could not be started";
-    automation.log.clear();
-    EXPECT_EQ(request(u"first"_s), launch);
-    run(u"first"_s, 7);
-    automation.launched();
-    EXPECT_EQ(automation.log, (QStringList{u"ask 7"_s, u"over"_s}));
-}
-
-TEST_F(SetupTest, MayBeGoneWhenALaunchIsOver) {
-    bundles.install(u"/a/first"_s, u"Primeiro"_s, {});
+    automation.decisions.clear();
     automation.running.clear();
     start();
-    setup->perform(setup->steps()[1]);
-    ASSERT_EQ(automation.launches.size(), 1U);
-    setup.reset();
-    EXPECT_EQ(loop.armedCount(), 0U);
+    const auto launched = [this](const QString& id) {
+        Setup::requestAutomation(
+            id, [this] { automation.log.append(u"over"_s); }, system);
+        if (!automation.launches.empty()) {
+            automation.launched();
+        }
+        return log();
+    };
+    const QString launch = u"launch /a/first (inactive) (hidden), "_s;
+    EXPECT_EQ(launched(u"second"_s), u"over"_s) << "it is not installed";
+    EXPECT_EQ(launched(u"first"_s), launch + u"over"_s) << "it could not be started";
+    perform(1);
+    setup.reset(); // It may be gone when a launch is over: the person is asked all the same.
     run(u"first"_s, 7);
     automation.launched();
-    EXPECT_EQ(automation.log.back(), u"ask 7"_s) << "the person is asked all the same";
-    EXPECT_EQ(takeEvents(), QStringList());
+    EXPECT_EQ(log(), launch + u"ask 7"_s);
+    EXPECT_EQ(launched(u"first"_s), u"ask 7, over"_s) << "it runs";
+    EXPECT_EQ(loop.armedCount(), 0U);
 }
 
 } // namespace

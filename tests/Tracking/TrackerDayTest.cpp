@@ -1,35 +1,9 @@
 #include "Fakes/World.h"
 
+#include <limits>
+
 using namespace orvanta;
 using namespace Qt::StringLiterals;
-
-TEST(TrackerDayTest, AStretchIsSpreadOverTheDaysThatItCovers) {
-    struct Row {
-        const char* zone;
-        const char* begin;
-        double seconds;
-        std::map<QString, double> days;
-    };
-    const auto id = [](const char* day) {
-        return QLatin1StringView(day) + u"|app:a"_s;
-    };
-    for (const Row& row :
-         {Row{"UTC", "2024-03-05T11:59:55", 10, {{id("2024-03-05"), 10}}},
-          {"UTC", "2024-03-04T23:59:00", 90, {{id("2024-03-04"), 60}, {id("2024-03-05"), 30}}},
-          {"UTC", "2024-03-04T23:59:10", 50, {{id("2024-03-04"), 50}}},
-          {"Europe/Berlin", // Where one day has 25 hours.
-           "2024-10-26T23:59:53",
-           7 + 90000 + 3600,
-           {{id("2024-10-26"), 7}, {id("2024-10-27"), 90000}, {id("2024-10-28"), 3600}}}}) {
-        World world(row.begin, row.zone);
-        world.begin();
-        world.front("a");
-        world.stall(row.seconds);
-        world.nothingInFront();
-        EXPECT_EQ(world.days(), row.days) << row.begin;
-        world.checkInvariants();
-    }
-}
 
 TEST(TrackerDayTest, ADayOfEventsIsBookedToTheSecond) {
     World world("2018-11-03T09:00:00", "America/Sao_Paulo");
@@ -94,4 +68,70 @@ TEST(TrackerDayTest, ADayOfEventsIsBookedToTheSecond) {
     EXPECT_EQ(world.daySeconds("2018-11-03", "site:a.org"), 299.5);
     EXPECT_EQ(world.days().size(), 4U);
     EXPECT_EQ(world.find("app:panel"), nullptr);
+}
+
+TEST(HistoryWeeksTest, AreWholeWeeksUpToToday) {
+    struct Row {
+        const char *now, *zone;
+        int firstWeekday, weeks;
+        const char* first;
+        std::size_t lastRow, days;
+    };
+    for (const Row& row : {
+             // A Wednesday.
+             Row{"2024-03-06T12:00:00", "UTC", 1, 13, "2023-12-10", 4, 88},
+             {"2024-03-06T23:59:59.9", "UTC", 2, 13, "2023-12-11", 3, 87},
+             {"2024-03-06T00:00:00", "UTC", 4, 1, "2024-03-06", 1, 1},
+             {"2024-03-06T12:00:00", "UTC", 5, 1, "2024-02-29", 7, 7},
+             // No midnight on the first day of the grid, on its last, and on one between.
+             {"2018-11-07T12:00:00", "America/Sao_Paulo", 1, 1, "2018-11-04", 4, 4},
+             {"2018-11-04T12:00:00", "America/Sao_Paulo", 1, 2, "2018-10-28", 1, 8},
+             {"2018-11-12T12:00:00", "America/Sao_Paulo", 1, 3, "2018-10-28", 2, 16},
+             // No 30th of December, in the middle and at the beginning.
+             {"2012-01-05T12:00:00", "Pacific/Apia", 1, 2, "2011-12-25", 5, 11},
+             {"2012-01-05T12:00:00", "Pacific/Apia", 6, 1, "2011-12-31", 6, 6},
+         }) {
+        SCOPED_TRACE(testing::Message() << row.now << " " << row.zone << " " << row.firstWeekday);
+        World world(row.now, row.zone);
+        world.calendar = Calendar(QTimeZone(row.zone), row.firstWeekday);
+        world.begin();
+        const auto rows = world.tracker->historyWeeks(row.weeks);
+        ASSERT_EQ(rows.size(), static_cast<std::size_t>(row.weeks));
+        EXPECT_EQ(rows.front().front().id, QLatin1StringView(row.first));
+        EXPECT_EQ(rows.back().size(), row.lastRow);
+        EXPECT_EQ(rows.back().back().date, world.calendar.startOfDay(world.date()));
+        std::size_t count = 0;
+        std::optional<Date> before;
+        for (const auto& week : rows) {
+            for (const HistoryDay& day : week) {
+                EXPECT_EQ(day.id, DayActivity::day(day.date, world.calendar));
+                EXPECT_EQ(day.date, world.calendar.startOfDay(day.date + 3600));
+                EXPECT_TRUE(!before || *before < day.date);
+                before = day.date;
+                ++count;
+            }
+        }
+        EXPECT_EQ(count, row.days);
+        for (const int none :
+             {0, -1, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
+            EXPECT_TRUE(world.tracker->historyWeeks(none).empty()) << none;
+        }
+    }
+}
+
+TEST(TrackerPanelTest, AnOpenPanelWaitsUntilABriefActivityIsListedNoMore) {
+    World world;
+    world.begin();
+    Activity& a = world.add(u"app:a"_s, u"pending"_s);
+    a.setLastUsedAt(world.date() - 299);
+    for (const auto& [seconds, category, timers] : {std::tuple(0.5, Category::pending, 1U),
+                                                    {59.875, Category::production, 1},
+                                                    {60, Category::pending, 0},
+                                                    {0, Category::pending, 0},
+                                                    {0.5, Category::ignored, 0}}) {
+        a.setSeconds(seconds);
+        a.setCategory(category);
+        world.tracker->setInspecting(true);
+        EXPECT_EQ(world.loop.armedCount(), timers) << seconds;
+    }
 }
