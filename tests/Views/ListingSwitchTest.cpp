@@ -4,82 +4,46 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
-
 using namespace orvanta;
+using enum Listing;
 
-namespace {
-
-struct Hand {
+TEST(ListingSwitchTest, APreviewLastsAsLongAsThePointerStaysAndAClickPins) {
     HandMainLoop loop;
-    std::vector<Listing> shown;
-    ListingSwitch choice{loop, [this] {
-                             shown.push_back(choice.listing());
-                         }};
-};
-
-constexpr Listing activities = Listing::activities;
-constexpr Listing unmonitored = Listing::unmonitored;
-constexpr Listing history = Listing::history;
-
-} // namespace
-
-TEST(ListingSwitchTest, APreviewLastsAsLongAsThePointerStays) {
-    Hand hand;
-    hand.choice.enterButton(history);
-    EXPECT_EQ(hand.choice.listing(), history);
-    hand.choice.leave();
-    hand.loop.advance(0.34);
-    hand.choice.cancelDismissal(); // It reached the content.
-    hand.loop.advance(10);
-    EXPECT_EQ(hand.choice.listing(), history);
-    hand.choice.leave();
-    hand.loop.advance(0.2);
-    hand.choice.leave();
-    hand.loop.advance(0.34);
-    EXPECT_EQ(hand.choice.listing(), history);
-    hand.loop.advance(0.01);
-    EXPECT_EQ(hand.shown, (std::vector{history, activities}));
-}
-
-TEST(ListingSwitchTest, FromOneButtonToTheOtherThePreviewFollows) {
-    Hand hand;
-    hand.choice.enterButton(history);
-    hand.choice.leave();
-    hand.choice.enterButton(unmonitored);
-    hand.loop.advance(10);
-    EXPECT_EQ(hand.shown, (std::vector{history, unmonitored}));
-}
-
-TEST(ListingSwitchTest, AClickPinsAndAnotherOneLetsGo) {
-    Hand hand;
-    hand.choice.enterButton(history);
-    hand.choice.click(history);
-    hand.choice.leave();
-    EXPECT_EQ(hand.loop.armedCount(), 0U); // It rests there.
-    hand.choice.enterButton(unmonitored);
-    EXPECT_EQ(hand.choice.listing(), history);
-    hand.choice.click(unmonitored);
-    EXPECT_EQ(hand.choice.pinned(), unmonitored);
-    hand.choice.click(unmonitored);
-    EXPECT_EQ(hand.choice.pinned(), std::nullopt);
-    EXPECT_EQ(hand.shown, (std::vector{history, unmonitored, activities}));
-}
-
-TEST(ListingSwitchTest, ARunningReturnEndsAtWhatIsPinnedOrNotAtAll) {
-    Hand hand;
-    hand.choice.enterButton(history);
-    hand.choice.leave();
-    hand.choice.click(history);
-    EXPECT_EQ(hand.loop.armedCount(), 0U);
-    hand.choice.click(history);
-    hand.choice.enterButton(history);
-    hand.choice.leave();
-    {
-        Hand gone;
-        gone.choice.enterButton(history);
-        gone.choice.leave();
+    Listing last = activities;
+    ListingSwitch choice(loop, [&] {
+        EXPECT_NE(choice.listing(), last) << "told, and nothing has changed";
+        last = choice.listing();
+    });
+    // H and U: the pointer comes over a button; h and u: clicks it; -: leaves; +: is over the
+    // content. Then so many seconds pass.
+    const struct {
+        const char* acts;
+        double seconds;
+        Listing shown;
+    } rows[]{
+        {"H-", 0.34, history},  {"+", 10, history},     {"-", 0.2, history},
+        {"-", 0.34, history},   {"", 0.01, activities}, {"H-U", 10, unmonitored},
+        {"-", 0.4, activities}, {"Hh-", 10, history},   {"U", 0, history},
+        {"u", 10, unmonitored}, {"u", 0, activities},   {"H-h", 10, history},
+        {"hH-", 1, activities},
+    };
+    for (const auto& row : rows) {
+        for (const char* act = row.acts; *act != '\0'; ++act) {
+            const Listing target = *act == 'H' || *act == 'h' ? history : unmonitored;
+            *act == '-'                  ? choice.leave()
+            : *act == '+'                ? choice.cancelDismissal()
+            : *act == 'H' || *act == 'U' ? choice.enterButton(target)
+                                         : choice.click(target);
+        }
+        loop.advance(row.seconds);
+        EXPECT_EQ(choice.listing(), row.shown) << row.acts << ' ' << row.seconds;
+        EXPECT_EQ(last, row.shown) << row.acts << " was not told";
     }
-    hand.loop.advance(1);
-    EXPECT_EQ(hand.choice.listing(), activities);
+    {
+        ListingSwitch gone(loop, [&gone] { EXPECT_EQ(gone.listing(), history); });
+        gone.enterButton(history);
+        gone.leave();
+    }
+    loop.advance(1);
+    EXPECT_EQ(loop.armedCount(), 0U);
 }
