@@ -163,10 +163,19 @@ TEST_F(AppDelegateTest, ThePopoverOpensAndClosesByItsRules) {
     EXPECT_EQ(desktop.log.last(), u"place orvanta 960 28"_s);
 }
 
-TEST_F(AppDelegateTest, WhatIsBehindThePanelCounts) {
+TEST_F(AppDelegateTest, WhatIsBehindThePanelAndWhatABrowserShowsCounts) {
+    install(u"browser"_s);
     ASSERT_TRUE(start());
     play("front editor; pass 10; click; front com.brindlework.orvanta; pass 10; click; pass 10");
     EXPECT_EQ(saved("app:editor"), 20) << "then Orvanta itself is in front";
+    desktop.automation->running[u"browser"_s] = {{7, false}};
+    desktop.automation->decisions[7] = AutomationPermission::permitted;
+    desktop.automation->answer = [](qint64, const auto& completion) {
+        completion(showing(u"https://www.Site.org/a"_s));
+    };
+    play("front browser; pass 1; pass 1; pass 10"); // It is asked once the loop comes to it.
+    delegate->save();
+    EXPECT_GE(saved("site:site.org"), 10);
 }
 
 TEST_F(AppDelegateTest, WhatHasToBeAllowedOpensByItselfAndAtEachGrant) {

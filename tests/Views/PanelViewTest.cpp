@@ -141,6 +141,8 @@ TEST(PanelViewTest, ItsButtonsShowTheirStates) {
     stage.play({{"click Pausar; click Não monitorados"}});
     GridButton& pause = stage.button("Retomar");
     EXPECT_EQ(pause.label().symbol, Symbol::play);
+    EXPECT_EQ(stage.button("Zerar tempo").label().text, QStringLiteral("ZERAR"));
+    EXPECT_EQ(stage.button("Sair").label().text, QStringLiteral("SAIR"));
     // The pointer, the press and the keyboard are a tint over the background.
     for (const ColorScheme scheme : {ColorScheme::dark, ColorScheme::light}) {
         stage.appearance.become(scheme);

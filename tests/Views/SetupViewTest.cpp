@@ -44,6 +44,7 @@ TEST(SetupViewTest, ListsTheStepsAndTheirStatesAndGivesWayToThePanel) {
         stage.button("Sites no Chromium: Ativar o orvanta nos Ajustes do Sistema").label().text,
         QStringLiteral("AJUSTES"));
     EXPECT_EQ(stage.button("Sites no Firefox: Permitido").label().symbol, Symbol::checkmark);
+    EXPECT_EQ(stage.button("Sair").label().text, QStringLiteral("SAIR"));
     const QImage image = picture(stage.root(), 2);
     EXPECT_EQ(count(image, Palette::green, QRect(0, 87, 320, 1)), 320);
     EXPECT_EQ(count(image, Palette(ColorScheme::light).rule, QRect(320, 87, 320, 1)), 320);
