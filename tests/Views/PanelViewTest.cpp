@@ -95,8 +95,20 @@ TEST(PanelViewTest, DoesWhatThePointerAndTheKeyboardSay) {
     stage.play({
         {"open; over Histórico por dia", "Text HISTÓRICO 1; Text ↑ 53% PRODUÇÃO"},
         {"off Histórico por dia; pass 0.3; over content; pass 5", "Text HISTÓRICO 1"},
-        {"off content; pass 0.34", "Text HISTÓRICO 1"},
+        {"off content; pass 0.2; off content; pass 0.34", "Text HISTÓRICO 1"},
         {"pass 0.01", "Text MONITORANDO 2:50"},
+        {"over Histórico por dia; off Histórico por dia; over Não monitorados; pass 10",
+         "Text NÃO MONITORADOS 0"},
+        {"off Não monitorados; pass 0.4", "Text MONITORANDO 2:50"},
+        {"over Histórico por dia; off Histórico por dia; open; pass 1", "Text MONITORANDO 2:50"},
+        // A click pins, another one lets go, and what was under way is over then.
+        {"click Histórico por dia; over Não monitorados", "Text HISTÓRICO 1"},
+        {"click Não monitorados; off Não monitorados; pass 10", "Text NÃO MONITORADOS 0"},
+        {"click Não monitorados", "Text MONITORANDO 2:50"},
+        {"over Histórico por dia; off Histórico por dia; click Histórico por dia; pass 10",
+         "Text HISTÓRICO 1"},
+        {"click Histórico por dia; over Histórico por dia; off Histórico por dia; pass 1",
+         "Text MONITORANDO 2:50"},
         // A preview may replace the row that has the keyboard.
         {"focus Jogo: Consumo; over Histórico por dia", "@Histórico por dia"},
         {"click Histórico por dia; off Histórico por dia; pass 5", "Text HISTÓRICO 1"},
