@@ -1,19 +1,7 @@
-#include "App/AppDelegate.h"
+#include "AppStage.h"
 
-#include "App/SettingsWindow.h"
-#include "Fakes/FakeDesktop.h"
-#include "Fakes/QtPrinters.h"
-#include "Model/Sqlite.h"
-#include "Shown.h"
-#include "Views/PanelRoot.h"
-
-#include <QAbstractButton>
-#include <QApplication>
 #include <QFile>
-#include <QMessageBox>
 #include <QPointer>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include <gmock/gmock.h>
 
@@ -23,303 +11,206 @@ using testing::ElementsAre;
 
 namespace {
 
-class AppDelegateTest : public testing::Test {
+class AppDelegateTest : public testing::Test, protected AppStage {
 protected:
-    void TearDown() override {
+    ~AppDelegateTest() override {
         delegate.reset();
-        EXPECT_TRUE(shown<Popover>().empty());
+        EXPECT_EQ(popover(), nullptr);
     }
-
-    bool launch(bool isSetUp = true) {
-        UserDefaults defaults(folder.path(), u"com.brindlework.orvanta"_s);
-        defaults.setBool(u"setupDoneV1"_s, isSetUp);
-        delegate = std::make_unique<AppDelegate>(AppDelegate::Surroundings{
-            .desktop = desktop,
-            .configurationFolder = folder.path(),
-            .dataFolder = folder.path(),
-            .calendar = Calendar(QTimeZone::utc()),
-            .alert =
-                [this](const QString& message, const QString& informativeText) {
-                    alerts.append(message + u'|' + informativeText);
-                },
-            .terminate =
-                [this] {
-                    ++terminations;
-                }});
-        const bool launched = delegate->applicationDidFinishLaunching();
-        desktop.loop.advance(0);
-        return launched;
+    bool start(bool isSetUp = true) {
+        defaults().setBool(u"setupDoneV1"_s, isSetUp);
+        return launch();
     }
-    /// Seconds, as another process finds them.
-    qint64 saved(const QByteArray& key) {
-        Database store(folder.filePath(u"com.brindlework.orvanta/Activities.store"_s));
-        return store.integer("SELECT total(ZSECONDS) FROM ZACTIVITY WHERE ZKEY = '" + key + "'");
+    void write(const char* name, const char* text) const {
+        QFile file(folder.filePath(QString::fromLatin1(name)));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
     }
-    void click(QPoint place = {1200, 14}) {
-        desktop.pointer = place;
-        desktop.item->handlers.activate(place);
-    }
-    Popover* popover() {
-        const auto all = shown<Popover>();
-        EXPECT_LE(all.size(), 1U);
-        return all.empty() ? nullptr : all.front();
-    }
-    PanelRoot* panel() { return popover() ? popover()->findChild<PanelRoot*>() : nullptr; }
-    QMainWindow* settings() {
-        const auto all = shown<QMainWindow>();
-        EXPECT_LE(all.size(), 1U);
-        return all.empty() ? nullptr : all.front();
-    }
-    const StatusMenuItem entry(const QString& text) {
-        for (const StatusMenuItem& each : desktop.item->handlers.menu()) {
-            if (each.text == text) {
-                return each;
-            }
+    /// Does what is written, as "click; press 100 100", and says whether the popover is open then.
+    bool play(const char* acts) {
+        for (const QString& act : QString::fromLatin1(acts).split(u"; "_s)) {
+            const QString verb = act.section(u' ', 0, 0);
+            const QString what = act.section(u' ', 1, 1);
+            verb == u"click"_s   ? click()
+            : verb == u"press"_s ? desktop.press({what.toInt(), act.section(u' ', 2).toInt()})
+            : verb == u"key"_s   ? QTest::keyPress(popover(), QKeySequence(what)[0].key())
+            : verb == u"front"_s ? toFront(what)
+            : verb == u"focus"_s
+                ? Q_EMIT qGuiApp->focusWindowChanged(what.isEmpty() ? nullptr : &other)
+            : verb == u"tray"_s  ? void(desktop.item->isShown = what == u"shown"_s)
+            : verb == u"again"_s ? void(delegate->applicationShouldHandleReopen())
+            : verb == u"menu"_s  ? desktop.item->handlers.menuWillOpen()
+                                 : desktop.loop.advance(what.toDouble());
+            QCoreApplication::processEvents();
         }
-        return {};
+        return popover() != nullptr;
+    }
+    /// What the one message says that is shown; else how many are.
+    static QString message() {
+        const auto messages = shown<QMessageBox>();
+        return messages.size() == 1 ? messages[0]->text() + u'|' + messages[0]->informativeText()
+                                    : QString::number(messages.size());
+    }
+    static void answer(const char* title) {
+        orvanta::click(named(*firstShown<QMessageBox>(), title));
+        settle();
     }
 
-    QTemporaryDir folder;
-    FakeDesktop desktop;
-    QStringList alerts;
-    int terminations = 0;
-    std::unique_ptr<AppDelegate> delegate;
+    QWindow other;
 };
 
 TEST_F(AppDelegateTest, TheLaunchPutsThePartsTogetherInOrder) {
-    QFile older(folder.filePath(u"com.local.Orvanta.plist"_s));
-    ASSERT_TRUE(older.open(QIODevice::WriteOnly));
-    older.write("<?xml version=\"1.0\"?><plist version=\"1.0\"><dict>"
-                "<key>paused</key><true/></dict></plist>");
-    older.close();
+    write("com.local.Orvanta.plist", "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict>"
+                                     "<key>paused</key><true/></dict></plist>");
     desktop.front("editor");
-    ASSERT_TRUE(launch());
+    ASSERT_TRUE(start());
     EXPECT_THAT(desktop.log, ElementsAre(u"automation"_s, u"status item"_s, u"presence"_s));
-    EXPECT_THAT(alerts, testing::IsEmpty());
+    EXPECT_EQ(alerts, QStringList());
     EXPECT_EQ(desktop.item->title.text(), u"Ⅱ —/—"_s) << "as the older version left it";
-    EXPECT_EQ(
-        desktop.item->handlers.toolTip(),
-        u"orvanta · Sem dados classificados · 0:00 · Pausado · Clique direito para Ajustes"_s);
     EXPECT_EQ(popover(), nullptr) << "nothing has to be allowed any more";
-
     desktop.loop.advance(10);
     EXPECT_EQ(desktop.automation->renewals, 1);
-    delegate->applicationWillTerminate();
-    delegate.reset();
+    end();
     EXPECT_EQ(saved("app:editor"), 0);
 
-    UserDefaults(folder.path(), u"com.brindlework.orvanta"_s).setBool(u"paused"_s, false);
+    defaults().setBool(u"paused"_s, false);
     ASSERT_TRUE(launch());
+    const auto [titles, toolTips] = std::pair(desktop.item->titles, desktop.item->toolTips);
     desktop.loop.advance(7);
-    delegate->applicationWillTerminate();
+    EXPECT_EQ(desktop.item->titles, titles) << "of the pending nothing is in the title";
+    EXPECT_EQ(desktop.item->toolTips, toolTips + 7);
+    end();
     EXPECT_EQ(saved("app:editor"), 7);
+    launch();
+    desktop.loop.advance(3);
+    delegate->displayDidVanish();
+    EXPECT_EQ(saved("app:editor"), 10);
 }
 
 TEST_F(AppDelegateTest, AStoreThatCannotBeOpenedIsToldAndNothingElseIsSetUp) {
-    QFile obstacle(folder.filePath(u"com.brindlework.orvanta"_s));
-    ASSERT_TRUE(obstacle.open(QIODevice::WriteOnly));
-    EXPECT_FALSE(launch());
-    ASSERT_EQ(alerts.size(), 1);
-    EXPECT_THAT(alerts[0].toStdString(),
-                testing::MatchesRegex("Não foi possível abrir os dados do orvanta\\|.+"));
-    EXPECT_THAT(desktop.log, testing::IsEmpty());
+    write("com.brindlework.orvanta", "");
+    EXPECT_FALSE(start());
+    EXPECT_TRUE(alerts.value(0).startsWith(u"Não foi possível abrir os dados do orvanta|"_s));
+    EXPECT_GT(alerts.join(u'\n').size(), 45);
+    EXPECT_EQ(desktop.log, QStringList());
     EXPECT_EQ(desktop.loop.armedCount(), 0U);
     delegate->applicationShouldHandleReopen();
     delegate->applicationWillTerminate();
 }
 
-TEST_F(AppDelegateTest, TheStatusItemSaysWhatIsCountedAndOnlyWhenItChanges) {
-    desktop.front("debian-xterm");
-    ASSERT_TRUE(launch());
-    const int titles = desktop.item->titles;
-    const int toolTips = desktop.item->toolTips;
-    desktop.loop.advance(3.5);
-    EXPECT_EQ(desktop.item->titles, titles) << "of the pending nothing is in the title";
-    EXPECT_EQ(desktop.item->toolTips, toolTips + 3);
-    EXPECT_EQ(desktop.item->handlers.toolTip(),
-              u"orvanta · Sem dados classificados · 0:03 · Clique direito para Ajustes"_s);
-}
-
-TEST_F(AppDelegateTest, TheMenuIsMadeAnewAndARightClickClosesThePopover) {
-    ASSERT_TRUE(launch());
-    click();
-    ASSERT_NE(panel(), nullptr);
-    desktop.item->handlers.menuWillOpen();
-    EXPECT_EQ(popover(), nullptr);
-
-    QStringList shape;
-    for (const StatusMenuItem& each : desktop.item->handlers.menu()) {
-        shape.append(each.text + (each.keyEquivalent ? u" ^"_s + *each.keyEquivalent : QString()));
-    }
-    EXPECT_THAT(shape, ElementsAre(u"Mostrar todos"_s, QString(), u"Ajustes… ^,"_s, QString(),
-                                   u"Sair do orvanta ^q"_s));
-    EXPECT_EQ(entry(u"Mostrar todos"_s).checked, false);
-    entry(u"Mostrar todos"_s).action();
-    EXPECT_EQ(entry(u"Mostrar todos"_s).checked, true);
-    EXPECT_EQ(terminations, 0);
-    entry(u"Sair do orvanta"_s).action();
-    EXPECT_EQ(terminations, 1);
-
-    click();
-    EXPECT_NE(popover(), nullptr);
-}
-
 TEST_F(AppDelegateTest, ThePopoverOpensAtTheClickAndGoesWithItsContent) {
-    ASSERT_TRUE(launch());
-    EXPECT_FALSE(desktop.pressHandler);
-    for (int i = 0; i < 20; ++i) {
-        click();
-        ASSERT_NE(popover(), nullptr);
-        EXPECT_EQ(popover()->geometry(), QRect(QPoint(960, 28), Popover::contentSize));
-        EXPECT_EQ(popover()->findChildren<PanelRoot*>().size(), 1);
-        EXPECT_EQ(popover()->focusWidget(), panel()) << "no control starts focused";
-        EXPECT_TRUE(desktop.pressHandler);
-        const QPointer<QWidget> content = panel();
-        click();
-        EXPECT_EQ(popover(), nullptr);
+    ASSERT_TRUE(start());
+    for (int i = 0; i < 3; ++i) {
         EXPECT_FALSE(desktop.pressHandler);
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        ASSERT_TRUE(play("click"));
+        EXPECT_EQ(popover()->geometry(), QRect(QPoint(960, 28), Popover::contentSize));
+        const QPointer<PanelRoot> content = firstShown<PanelRoot>(popover());
+        EXPECT_EQ(popover()->focusWidget(), content) << "no control starts focused";
+        EXPECT_TRUE(desktop.pressHandler);
+        EXPECT_FALSE(play("click"));
+        settle();
         EXPECT_TRUE(content.isNull());
     }
-}
-
-TEST_F(AppDelegateTest, ThePopoverClosesByItself) {
-    ASSERT_TRUE(launch());
-    desktop.front("editor");
-    click();
-    QTest::keyClick(popover(), Qt::Key_Escape);
-    EXPECT_EQ(popover(), nullptr);
-
-    click();
-    desktop.press({100, 100});
-    EXPECT_EQ(popover(), nullptr);
-
-    click();
-    desktop.press(popover()->geometry().center());
-    EXPECT_NE(popover(), nullptr) << "a click in itself";
-    desktop.front("com.brindlework.orvanta");
-    desktop.workspace.front.reset();
-    desktop.workspaceCenter.post(Notification::DidActivateApplication);
-    EXPECT_NE(popover(), nullptr) << "neither Orvanta nor nothing is another application";
-    desktop.front("editor");
-    EXPECT_EQ(popover(), nullptr);
-
     desktop.untold = [this] {
         desktop.front("browser");
     };
-    click();
-    EXPECT_NE(popover(), nullptr) << "what came to the front before it opened";
-    desktop.untold = nullptr;
-    popover()->close();
-
-    click();
-    QTest::keyPress(popover(), Qt::Key_Alt);
-    EXPECT_EQ(popover(), nullptr) << "the desktop's keys are not for the panel";
+    EXPECT_TRUE(play("click")) << "what came to the front before it opened";
 }
 
-TEST_F(AppDelegateTest, AClickWhosePressClosedThePopoverDoesNotOpenItAgain) {
-    ASSERT_TRUE(launch());
-    const QPoint item(1200, 14);
-    click(item);
-    desktop.press(item);
-    EXPECT_EQ(popover(), nullptr);
-    desktop.loop.advance(0.15);
-    click(item);
-    EXPECT_EQ(popover(), nullptr) << "the same click";
-    click(item);
-    EXPECT_NE(popover(), nullptr) << "the next one";
-
-    desktop.press({100, 100});
-    click(item);
-    EXPECT_NE(popover(), nullptr) << "a click at another place";
-    desktop.press(item);
-    desktop.loop.advance(5);
-    click(item);
-    EXPECT_NE(popover(), nullptr) << "a click long after";
-}
-
-TEST_F(AppDelegateTest, WherePopupsAreNotPlacedThePanelIsAWindowThatClosesWhenItIsLeft) {
-    desktop.arePopupsPlaced = false;
-    desktop.tellsPresses = false;
-    launch();
-    const auto moveFocus = [this](QWindow* window) {
-        Q_EMIT qGuiApp->focusWindowChanged(window);
-        desktop.loop.advance(0.2);
+TEST_F(AppDelegateTest, ThePopoverOpensAndClosesByItsRules) {
+    struct Row {
+        const char* acts;
+        bool isOpen;
     };
-    click();
-    ASSERT_NE(popover(), nullptr);
+    const Row popup[]{
+        {"click; key Esc", false},
+        {"click; key Alt", false}, // The desktop's keys are not for the panel.
+        {"click; key Meta", false},
+        {"click; press 100 100", false},
+        {"click; press 1100 100", true}, // In itself.
+        {"front com.brindlework.orvanta", true},
+        {"front", true}, // Neither Orvanta nor nothing is another application.
+        {"front editor", false},
+        {"click; menu", false},
+        {"click; press 1200 14; pass 0.15; click", false}, // Of one click the first half closes it.
+        {"click", true},
+        {"press 1208 22; pass 0.9; click", true}, // At another place.
+        {"press 1207 22; pass 0.9; click; click", true},
+        {"press 1200 14; pass 1; click", true}, // Long after.
+        {"click; again", false},
+        {"tray hidden; again", true},
+        {"again", true},
+    };
+    // Where popups are not placed, the panel is a window that closes when it is left.
+    const Row window[]{
+        {"click; focus own; pass 0.2; key Alt", true}, // The desktop has seen that key itself.
+        {"focus; pass 0.05; focus own; pass 0.2", true},
+        {"focus; pass 0.2", false},
+        {"click", false}, // The click that took the focus away.
+        {"click", true},
+    };
+    ASSERT_TRUE(start());
+    for (const auto& [acts, isOpen] : popup) {
+        EXPECT_EQ(play(acts), isOpen) << acts;
+    }
+    end();
+    desktop.arePopupsPlaced = desktop.tellsPresses = false;
+    ASSERT_TRUE(launch());
+    for (const auto& [acts, isOpen] : window) {
+        EXPECT_EQ(play(acts), isOpen) << acts;
+    }
     EXPECT_EQ(popover()->windowType(), Qt::Window);
     EXPECT_EQ(desktop.log.last(), u"place orvanta 960 28"_s);
-    QWindow other;
-    moveFocus(&other);
-    EXPECT_NE(popover(), nullptr) << "a window of our own";
-    QTest::keyPress(popover(), Qt::Key_Alt);
-    EXPECT_NE(popover(), nullptr) << "the desktop has seen that key itself";
-    moveFocus(nullptr);
-    EXPECT_EQ(popover(), nullptr);
-    click();
-    EXPECT_EQ(popover(), nullptr) << "the click that took the focus away";
-    click();
-    EXPECT_NE(popover(), nullptr);
 }
 
-TEST_F(AppDelegateTest, ThePanelLeavesTheApplicationBehindItCounting) {
-    ASSERT_TRUE(launch());
-    desktop.front("editor");
-    desktop.loop.advance(10);
-    click();
-    desktop.front("com.brindlework.orvanta");
-    desktop.loop.advance(10);
-    EXPECT_EQ(saved("app:editor"), 20);
-    click();
-    desktop.loop.advance(10);
-    EXPECT_EQ(saved("app:editor"), 20) << "Orvanta itself is in front";
+TEST_F(AppDelegateTest, WhatIsBehindThePanelAndWhatABrowserShowsCounts) {
+    install(u"browser"_s);
+    ASSERT_TRUE(start());
+    play("front editor; pass 10; click; front com.brindlework.orvanta; pass 10; click; pass 10");
+    EXPECT_EQ(saved("app:editor"), 20) << "then Orvanta itself is in front";
+    desktop.automation->running[u"browser"_s] = {{7, false}};
+    desktop.automation->decisions[7] = AutomationPermission::permitted;
+    desktop.automation->answer = [](qint64, const auto& completion) {
+        completion(showing(u"https://www.Site.org/a"_s));
+    };
+    play("front browser; pass 1; pass 1; pass 10"); // It is asked once the loop comes to it.
+    delegate->save();
+    EXPECT_GE(saved("site:site.org"), 10);
 }
 
 TEST_F(AppDelegateTest, WhatHasToBeAllowedOpensByItselfAndAtEachGrant) {
-    ASSERT_TRUE(launch(false));
-    ASSERT_NE(panel(), nullptr);
+    defaults().setStringArray(u"disabledBrowsers"_s, {u"off"_s});
+    install(u"off"_s);
+    ASSERT_TRUE(start(false));
+    ASSERT_NE(popover(), nullptr);
     EXPECT_EQ(popover()->pos(), QPoint(960, 28)) << "the corner at the panel";
-    desktop.press({100, 100});
-    EXPECT_EQ(popover(), nullptr);
-    desktop.loop.advance(3);
-    EXPECT_EQ(popover(), nullptr);
-
+    EXPECT_FALSE(accessibleLines(*popover()).contains(u"Text Sites no off"_s));
+    install(u"new"_s);
+    EXPECT_FALSE(play("press 100 100; pass 30"));
+    ASSERT_TRUE(play("click; pass 1"));
+    EXPECT_TRUE(accessibleLines(*popover()).contains(u"Text Sites no new"_s));
+    play("press 100 100");
     desktop.login.current = LoginItem::Status::enabled;
-    desktop.loop.advance(1);
-    EXPECT_NE(popover(), nullptr);
-    EXPECT_TRUE(
-        UserDefaults(folder.path(), u"com.brindlework.orvanta"_s).boolValue(u"setupDoneV1"_s));
+    EXPECT_TRUE(play("pass 1"));
+    EXPECT_TRUE(defaults().boolValue(u"setupDoneV1"_s));
 }
 
-TEST_F(AppDelegateTest, BrowsersThatComeAreOfferedAndThoseTurnedOffAreNot) {
-    const QByteArray dialect = "<property code=\"cTab\"/><property code=\"pURL\"/>";
-    UserDefaults(folder.path(), u"com.brindlework.orvanta"_s)
-        .setStringArray(u"disabledBrowsers"_s, {u"off"_s});
-    desktop.installed.install(u"/apps/off"_s, u"Off"_s, dialect);
-    ASSERT_TRUE(launch(false));
-    const auto offered = [this] {
-        QStringList names;
-        for (const auto* widget : popover()->findChildren<QWidget*>()) {
-            names.append(widget->accessibleName());
-        }
-        return names.filter(u"Sites no "_s).join(u'|');
-    };
-    EXPECT_EQ(offered(), QString());
-    desktop.press({100, 100});
-    desktop.installed.install(u"/apps/new"_s, u"New"_s, dialect);
-    desktop.loop.advance(30);
-    click();
-    desktop.loop.advance(1);
-    EXPECT_TRUE(offered().startsWith(u"Sites no New"_s)) << offered().toStdString();
-}
-
-TEST_F(AppDelegateTest, TheSettingsAreOneWindowInTheMiddle) {
-    ASSERT_TRUE(launch());
-    click();
-    entry(u"Ajustes…"_s).action();
+TEST_F(AppDelegateTest, TheMenuLeadsToTheSettingsWhichAreOneWindowInTheMiddle) {
+    ASSERT_TRUE(start());
+    play("click");
+    QStringList menu;
+    for (const StatusMenuItem& each : desktop.item->handlers.menu()) {
+        menu.append(each.text + (each.keyEquivalent ? u" ^"_s + *each.keyEquivalent : QString()));
+    }
+    EXPECT_THAT(menu, ElementsAre(u"Mostrar todos"_s, QString(), u"Ajustes… ^,"_s, QString(),
+                                  u"Sair do orvanta ^q"_s));
+    for (const bool isChecked : {false, true}) {
+        EXPECT_EQ(entry(0).checked, isChecked);
+        entry(0).action();
+    }
+    entry(2).action();
     EXPECT_EQ(popover(), nullptr);
-    QMainWindow* window = settings();
+    QMainWindow* const window = settings();
     ASSERT_NE(window, nullptr);
     EXPECT_EQ(window->windowTitle(), u"Ajustes do orvanta"_s);
     EXPECT_EQ(window->centralWidget()->size(), QSize(564, 454));
@@ -329,108 +220,69 @@ TEST_F(AppDelegateTest, TheSettingsAreOneWindowInTheMiddle) {
     // Closed and shown again it is the same, where it was.
     window->move(20, 40);
     window->close();
-    EXPECT_EQ(settings(), nullptr);
-    delegate->applicationShouldHandleReopen();
+    play("again");
     EXPECT_EQ(settings(), nullptr) << "closed, it does not come back by itself";
     delegate->showSettings();
     EXPECT_EQ(settings(), window);
     EXPECT_EQ(window->pos(), QPoint(20, 40));
-
     window->showMinimized();
-    EXPECT_FALSE(delegate->applicationShouldHandleReopen());
+    play("again");
     EXPECT_FALSE(window->isMinimized());
     EXPECT_EQ(desktop.log.count(u"activate Ajustes do orvanta"_s), 3);
-}
 
-TEST_F(AppDelegateTest, AfterTheSettingsTheApplicationBehindIsFoundAgain) {
-    ASSERT_TRUE(launch());
-    desktop.front("com.brindlework.orvanta");
-    delegate->showSettings();
-    desktop.loop.advance(10);
-    settings()->close();
     // The desktop does not tell that another window of the same application is in front.
+    window->close();
     desktop.workspace.front = RunningApplication{u"editor"_s, {}, {}, {}};
-    desktop.loop.advance(0.2);
-    desktop.loop.advance(10);
+    play("pass 10.2");
     delegate->save();
     EXPECT_EQ(saved("app:editor"), 10);
-    EXPECT_EQ(saved("app:com.brindlework.orvanta"), 0);
-}
-
-TEST_F(AppDelegateTest, WhereThereIsNoTrayStartingAgainOpensThePanel) {
-    ASSERT_TRUE(launch());
-    delegate->applicationShouldHandleReopen();
-    EXPECT_EQ(popover(), nullptr);
-    desktop.item->isShown = false;
-    delegate->applicationShouldHandleReopen();
-    EXPECT_NE(panel(), nullptr);
-    delegate->applicationShouldHandleReopen();
-    EXPECT_NE(panel(), nullptr);
+    entry(4).action();
+    EXPECT_EQ(terminations, 1);
 }
 
 TEST_F(AppDelegateTest, ADesktopThatTellsNothingOrGoesIsTold) {
     desktop.watching = WindowWatching::Unsupported;
-    ASSERT_TRUE(launch());
-    const auto messages = shown<QMessageBox>();
-    ASSERT_EQ(messages.size(), 1U);
-    EXPECT_TRUE(messages[0]->text().contains(u"não informa qual aplicativo"_s));
-    messages[0]->close();
-    for (const WindowWatching state : {WindowWatching::Waiting, WindowWatching::Unsupported}) {
-        desktop.watching = state; // A resume.
-        Q_EMIT desktop.windowWatchingChanged();
+    ASSERT_TRUE(start());
+    EXPECT_TRUE(message().contains(u"não informa qual aplicativo"_s));
+    firstShown<QMessageBox>()->close();
+    for (const WindowWatching state : {WindowWatching::Waiting, WindowWatching::Unsupported,
+                                       WindowWatching::Ended}) { // The first two are a resume.
+        EXPECT_EQ(terminations, 0);
+        tellOfWindows(state);
+        EXPECT_EQ(message(), u"0"_s);
     }
-    EXPECT_TRUE(shown<QMessageBox>().empty());
-    desktop.watching = WindowWatching::Ended;
-    Q_EMIT desktop.windowWatchingChanged();
     EXPECT_EQ(terminations, 1);
-    EXPECT_TRUE(shown<QMessageBox>().empty());
 }
 
 TEST_F(AppDelegateTest, WhatADesktopNeedsToTellIsAskedForAndCanBeAllowedLater) {
     desktop.watching = WindowWatching::NeedsPermission;
-    ASSERT_TRUE(launch());
-    const auto message = [] {
-        const auto messages = shown<QMessageBox>();
-        return messages.size() == 1 ? messages[0]->text() : QString::number(messages.size());
-    };
-    const auto permit = [] {
-        shown<QMessageBox>().at(0)->buttons().at(0)->click();
-        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    };
+    ASSERT_TRUE(start());
     EXPECT_TRUE(message().contains(u"por uma extensão"_s));
-    QString answer;
-    auto* const question = shown<QMessageBox>().at(0);
-    QObject::connect(question, &QMessageBox::buttonClicked,
-                     [&answer](const QAbstractButton* button) { answer = button->text(); });
-    QTest::keyClick(question, Qt::Key_Escape);
-    EXPECT_EQ(answer, u"Agora não"_s);
+    EXPECT_TRUE(message().endsWith(u"A extensão diz ao orvanta apenas qual aplicativo está à "
+                                   "frente: nunca títulos nem conteúdos. Nada sai deste "
+                                   "computador."_s));
+    QTest::keyClick(firstShown<QMessageBox>(), Qt::Key_Escape);
+    EXPECT_EQ(message(), u"0"_s);
+    play("again");
+    answer("Agora não");
     EXPECT_EQ(message(), u"0"_s);
 
     delegate->togglePopover(std::nullopt);
-    for (auto* const button : panel()->findChildren<QAbstractButton*>()) {
-        if (button->accessibleName() == u"Permitir"_s) {
-            EXPECT_TRUE(button->isVisible());
-            button->click();
-        }
-    }
+    orvanta::click(named(*popover(), "Permitir"));
     EXPECT_EQ(popover(), nullptr);
     desktop.allow = [] {
         return u"/home: Sem espaço"_s;
     };
-    permit();
-    EXPECT_EQ(message(), u"Não foi possível instalar a extensão."_s);
-    EXPECT_EQ(shown<QMessageBox>().at(0)->informativeText(), u"/home: Sem espaço"_s);
-
-    delegate->applicationShouldHandleReopen();
+    answer("Permitir");
+    EXPECT_EQ(message(), u"Não foi possível instalar a extensão.|/home: Sem espaço"_s);
+    play("again");
     desktop.allow = [this] {
-        desktop.watching = WindowWatching::NeedsLogin;
-        Q_EMIT desktop.windowWatchingChanged();
+        tellOfWindows(WindowWatching::NeedsLogin);
         return std::nullopt;
     };
-    permit();
+    answer("Permitir");
     EXPECT_TRUE(message().contains(u"Saia da sessão e entre de novo"_s));
-    desktop.watching = WindowWatching::Watching;
-    Q_EMIT desktop.windowWatchingChanged();
+    tellOfWindows(WindowWatching::Watching);
     EXPECT_EQ(message(), u"0"_s);
 }
 

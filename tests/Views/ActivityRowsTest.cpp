@@ -1,4 +1,7 @@
+#include "Views/ActivityRows.h"
+
 #include "PanelStage.h"
+#include "Views/ActivityRow.h"
 #include "Views/Palette.h"
 
 #include <QScrollBar>
@@ -9,83 +12,72 @@ namespace {
 
 constexpr int many = 3000;
 
-/// Three thousand activities, the first with the most time.
-PanelStage& fill(PanelStage& stage) {
-    for (int i = 0; i < many; ++i) {
-        const QString name = QStringLiteral("a%1").arg(i, 4, 10, QLatin1Char('0'));
-        stage.world.context().activities().append(name, name, Category::production,
-                                                  100000.0 - i * 10);
-    }
-    stage.tracker().setShowAllActivities(true);
-    return stage;
+QString nameOf(int index) {
+    return QStringLiteral("a%1").arg(index, 4, 10, QLatin1Char('0'));
 }
+
+/// Three thousand activities, the first with the most time.
+struct Thousands : PanelStage {
+    Thousands() {
+        for (int i = 0; i < many; ++i) {
+            world.context().activities().append(nameOf(i), nameOf(i), Category::production,
+                                                100000.0 - i * 10);
+        }
+        tracker().setShowAllActivities(true);
+    }
+    ActivityRows& list = *shown<ActivityRows>(&open()).front();
+    /// Presses the key so many times; what has the keyboard is in sight all the time.
+    QStringList typeOften(const char* key, int times) {
+        QStringList visited;
+        for (int i = 0; i < times; ++i) {
+            visited += type(root(), key);
+            EXPECT_FALSE(root().focusWidget()->visibleRegion().isEmpty()) << key << ' ' << i;
+        }
+        return visited;
+    }
+};
 
 } // namespace
 
 TEST(ActivityRowsTest, ThousandsTakeNoMoreRowsThanCanBeSeen) {
-    PanelStage stage;
-    ActivityRows& list = *fill(stage).open().findChild<ActivityRows*>();
-    EXPECT_EQ(list.count(), many);
-    EXPECT_LE(list.findChildren<ActivityRow*>().size(), 8);
-    for (const int top : {0, 1, 43, 44, 45, 60000, 100000, list.verticalScrollBar()->maximum()}) {
-        list.verticalScrollBar()->setValue(top);
+    Thousands stage;
+    EXPECT_EQ(stage.list.count(), many);
+    EXPECT_LE(stage.list.findChildren<ActivityRow*>().size(), 8);
+    QScrollBar& bar = *stage.list.verticalScrollBar();
+    for (const int top : {0, 1, 43, 44, 45, 60000, 100000, bar.maximum()}) {
+        bar.setValue(top);
         // At each height of the area there is the row that belongs there.
         for (int y = 0; y < 220; y += 10) {
-            const int index = (top + y) / 44;
-            const QWidget* at = list.viewport()->childAt(20, y);
+            const QWidget* at = stage.list.viewport()->childAt(20, y);
             while (at != nullptr && qobject_cast<const ActivityRow*>(at) == nullptr) {
                 at = at->parentWidget();
             }
-            ASSERT_NE(at, nullptr) << top << ' ' << y;
-            EXPECT_EQ(at->accessibleName(),
-                      QStringLiteral("a%1").arg(index, 4, 10, QLatin1Char('0')));
+            EXPECT_EQ(titleOf(at), nameOf((top + y) / 44));
         }
     }
+    bar.setValue(0);
+    stage.button("a0001: Consumo").setFocus(Qt::TabFocusReason);
+    bar.setValue(50000);
+    EXPECT_FALSE(stage.root().focusWidget()->visibleRegion().isEmpty());
+    EXPECT_EQ(titleOf(stage.root().focusWidget()), QStringLiteral("a1137: Consumo"));
 }
 
-TEST(ActivityRowsTest, TabGoesThroughAllRowsAndBack) {
-    PanelStage stage;
-    fill(stage).open();
-    QStringList visited;
-    for (int i = 0; i < 2 + 3 * 20; ++i) {
-        stage.press(Qt::Key_Tab);
-        QWidget* control = stage.root().focusWidget();
-        visited += control->accessibleName();
-        EXPECT_FALSE(control->visibleRegion().isEmpty()) << i;
-    }
-    EXPECT_EQ(visited.at(0), QStringLiteral("Histórico por dia"));
-    EXPECT_EQ(visited.at(1), QStringLiteral("Não monitorados"));
+TEST(ActivityRowsTest, TheKeyboardGoesThroughAllRowsAndAlongColumns) {
+    Thousands stage;
+    const QStringList before = lines({"Histórico por dia", "Não monitorados"});
+    QStringList expected = before;
     for (int i = 0; i < 20; ++i) {
-        const QString name = QStringLiteral("a%1").arg(i, 4, 10, QLatin1Char('0'));
-        EXPECT_EQ(
-            visited.mid(2 + 3 * i, 3),
-            (QStringList{QStringLiteral("Parar de monitorar ") + name,
-                         name + QStringLiteral(": Produção"), name + QStringLiteral(": Consumo")}));
+        expected +=
+            {QStringLiteral("Parar de monitorar ") + nameOf(i),
+             nameOf(i) + QStringLiteral(": Produção"), nameOf(i) + QStringLiteral(": Consumo")};
     }
-    for (int i = 0; i < 3 * 20 - 1; ++i) {
-        stage.press(Qt::Key_Backtab);
-    }
-    EXPECT_EQ(stage.root().focusWidget()->accessibleName(),
-              QStringLiteral("Parar de monitorar a0000"));
-    for (const char* name : {"Não monitorados", "Histórico por dia", "Sair", "Zerar tempo"}) {
-        stage.press(Qt::Key_Backtab);
-        EXPECT_EQ(stage.root().focusWidget()->accessibleName(), QString::fromUtf8(name));
-    }
-}
-
-TEST(ActivityRowsTest, ArrowKeysGoAlongAColumn) {
-    PanelStage stage;
-    fill(stage).open();
+    EXPECT_EQ(stage.typeOften("Tab", 62), expected);
+    EXPECT_EQ(stage.typeOften("Backtab", 59).last(), QStringLiteral("Parar de monitorar a0000"));
+    EXPECT_EQ(stage.typeOften("Backtab", 4),
+              lines({"Não monitorados", "Histórico por dia", "Sair", "Zerar tempo"}));
     stage.button("a0000: Produção").setFocus(Qt::TabFocusReason);
-    for (int i = 0; i < 30; ++i) {
-        stage.press(Qt::Key_Down);
-        EXPECT_FALSE(stage.root().focusWidget()->visibleRegion().isEmpty()) << i;
-    }
-    EXPECT_EQ(stage.root().focusWidget()->accessibleName(), QStringLiteral("a0030: Produção"));
-    for (int i = 0; i < 31; ++i) {
-        stage.press(Qt::Key_Up);
-    }
-    EXPECT_EQ(stage.root().focusWidget()->accessibleName(), QStringLiteral("a0000: Produção"));
+    EXPECT_EQ(stage.typeOften("Down", 30).last(), QStringLiteral("a0030: Produção"));
+    EXPECT_EQ(stage.typeOften("Up", 31).last(), QStringLiteral("a0000: Produção"));
 }
 
 TEST(ActivityRowsTest, WhatMovesTakesTheKeyboardAlongAndNoClickGoesAstray) {
@@ -98,21 +90,11 @@ TEST(ActivityRowsTest, WhatMovesTakesTheKeyboardAlongAndNoClickGoesAstray) {
     QTest::mousePress(&pressed, Qt::LeftButton);
     stage.world.front("C"); // It becomes the first.
     QTest::mouseRelease(&pressed, Qt::LeftButton);
+    EXPECT_EQ(type(stage.root(), "Space"), lines({"B: Produção"}));
     for (const char* name : {"A", "B", "C"}) {
-        EXPECT_EQ(stage.activity(name).category(), Category::pending) << name;
+        EXPECT_EQ(stage.activity(name).category(),
+                  *name == 'B' ? Category::production : Category::pending);
     }
-    EXPECT_EQ(stage.root().focusWidget()->accessibleName(), QStringLiteral("B: Produção"));
-    stage.press(Qt::Key_Space);
-    EXPECT_EQ(stage.activity("B").category(), Category::production);
-}
-
-TEST(ActivityRowsTest, ScrollingLeavesTheKeyboardInSight) {
-    PanelStage stage;
-    ActivityRows& list = *fill(stage).open().findChild<ActivityRows*>();
-    stage.button("a0001: Consumo").setFocus(Qt::TabFocusReason);
-    list.verticalScrollBar()->setValue(50000);
-    EXPECT_FALSE(stage.root().focusWidget()->visibleRegion().isEmpty());
-    EXPECT_EQ(stage.root().focusWidget()->accessibleName(), QStringLiteral("a1137: Consumo"));
 }
 
 TEST(ActivityRowsTest, LongNamesLeaveTheGridIntact) {

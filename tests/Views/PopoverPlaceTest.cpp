@@ -4,21 +4,18 @@
 
 using namespace orvanta;
 
-namespace {
-
-constexpr QSize size{320, 352};
-const QRect monitor(0, 0, 1280, 800);
-
-ScreenArea screen(int left, int top, int right, int bottom) {
-    return {monitor, monitor.adjusted(left, top, -right, -bottom)};
-}
-
-} // namespace
-
-TEST(PopoverPlaceTest, ItLiesAtTheClickAndInsideTheWorkArea) {
+TEST(PopoverPlaceTest, ItLiesAtTheClickAndInsideTheWorkAreaOfItsMonitor) {
+    const auto screen = [](int left, int top, int right, int bottom) {
+        const QRect monitor(0, 0, 1280, 800);
+        return std::vector<ScreenArea>{{monitor, monitor.adjusted(left, top, -right, -bottom)}};
+    };
+    const std::vector<ScreenArea> two{
+        {QRect(0, 0, 1280, 800), QRect(0, 28, 1280, 772)},
+        {QRect(1280, -200, 1920, 1080), QRect(1280, -200, 1920, 1040)},
+    };
     const struct {
         const char* what;
-        ScreenArea screen;
+        std::vector<ScreenArea> screens;
         std::optional<QPoint> clicked;
         QPoint place;
     } rows[]{
@@ -36,23 +33,16 @@ TEST(PopoverPlaceTest, ItLiesAtTheClickAndInsideTheWorkArea) {
         {"no click, two panels", screen(0, 24, 0, 48), {}, {960, 400}},
         {"no click, panel before", screen(64, 0, 0, 0), {}, {64, 0}},
         {"no click, no panel", screen(0, 0, 0, 0), {}, {960, 0}},
+        {"at the first monitor's end", two, QPoint(1279, 14), {960, 28}},
+        {"on the second monitor", two, QPoint(1281, 870), {1280, 488}},
+        {"no click, two monitors", two, {}, {960, 28}},
+        {"an area that is too small",
+         {{QRect(0, 0, 300, 200), QRect(0, 20, 300, 180)}},
+         QPoint(10, 10),
+         {0, 20}},
+        {"no monitor", {}, QPoint(10, 10), {10, 10}},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(popoverPlace(row.clicked, {row.screen}, size), row.place) << row.what;
+        EXPECT_EQ(popoverPlace(row.clicked, row.screens, {320, 352}), row.place) << row.what;
     }
-}
-
-TEST(PopoverPlaceTest, ItStaysOnTheMonitorOfTheClick) {
-    const std::vector<ScreenArea> screens{
-        {QRect(0, 0, 1280, 800), QRect(0, 28, 1280, 772)},
-        {QRect(1280, -200, 1920, 1080), QRect(1280, -200, 1920, 1040)},
-    };
-    EXPECT_EQ(popoverPlace(QPoint(1279, 14), screens, size), QPoint(960, 28));
-    EXPECT_EQ(popoverPlace(QPoint(1281, 870), screens, size), QPoint(1280, 488));
-    EXPECT_EQ(popoverPlace({}, screens, size), QPoint(960, 28));
-
-    // What is larger than the area begins where it begins.
-    EXPECT_EQ(popoverPlace(QPoint(10, 10), {{QRect(0, 0, 300, 200), QRect(0, 20, 300, 180)}}, size),
-              QPoint(0, 20));
-    EXPECT_EQ(popoverPlace(QPoint(10, 10), {}, size), QPoint(10, 10));
 }

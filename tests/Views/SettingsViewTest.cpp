@@ -1,16 +1,10 @@
 #include "Views/SettingsView.h"
 
-#include "Fakes/FakeAutomation.h"
-#include "Fakes/FakeBundles.h"
-#include "Fakes/FakeLoginItem.h"
-#include "Fakes/World.h"
-#include "Model/Activity.h"
+#include "PanelStage.h"
 #include "Views/BrowserSitesRow.h"
 #include "Views/Caption.h"
 #include "Views/ClassificationDelegate.h"
-#include "WidgetReading.h"
 
-#include <QAbstractButton>
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -20,277 +14,220 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTabWidget>
-#include <QTest>
 
 using namespace orvanta;
 using namespace Qt::StringLiterals;
+using enum Category;
 
 namespace {
 
-class SettingsViewTest : public testing::Test {
+class SettingsViewTest : public testing::Test, protected PanelStage {
 protected:
-    void installBrowser(const char* id, const char* name, int process = 0) {
-        bundles.install(u"/"_s + QString::fromUtf8(id), QString::fromUtf8(name), chromium);
+    void install(const char* name, int process = 0) {
+        const QString id = u"settings."_s + QString::fromUtf8(name);
+        bundles.install(u'/' + id, QString::fromUtf8(name), "code=\"acTa\" code=\"URL \"");
         if (process != 0) {
-            automation.running[QString::fromUtf8(id)] = {{process, false}};
+            automation.running[id] = {{process, false}};
         }
     }
-    Activity& add(const char* key, const char* name, Category category) {
-        return world.context().activities().append(QString::fromUtf8(key), QString::fromUtf8(name),
-                                                   category, 0);
+    void show(int tab = 0) {
+        view = std::make_unique<SettingsView>(tracker(), system(), world.calendar);
+        view->findChild<QTabWidget*>()->setCurrentIndex(tab);
+        activate(*view);
     }
     /// For each browser what stands in its row.
-    QStringList browsers() {
+    QStringList rowsOfBrowsers() {
         QStringList result;
-        for (BrowserSitesRow* const row : view->findChildren<BrowserSitesRow*>()) {
-            if (!row->isHidden()) {
-                QStringList parts;
-                for (const QWidget* child : row->findChildren<QWidget*>()) {
-                    const auto* label = qobject_cast<const QLabel*>(child);
-                    const auto* button = qobject_cast<const QAbstractButton*>(child);
-                    if (child->isVisible() && (label != nullptr || button != nullptr)) {
-                        parts += label != nullptr        ? label->text()
-                                 : button->isCheckable() ? QString::number(button->isChecked())
-                                                         : button->text();
-                    }
-                }
-                result += parts.join(u'|');
+        for (const BrowserSitesRow* row : shown<BrowserSitesRow>(view.get())) {
+            QStringList parts;
+            for (const QWidget* child : shown(row)) {
+                const auto* const box = qobject_cast<const QCheckBox*>(child);
+                parts += box != nullptr ? QString::number(box->isChecked())
+                                        : child->property("text").toString();
             }
+            parts.removeAll(QString());
+            result += parts.join(u'|');
         }
         return result;
     }
-    QCheckBox& sitesSwitch(const char* name) {
-        return *named<QCheckBox>(*view, (std::string("Identificar sites no ") + name).c_str());
-    }
-    void open(int tab = 0) {
-        if (!world.tracker) {
-            world.begin();
-        }
-        view = std::make_unique<SettingsView>(
-            *world.tracker,
-            Setup::System{login, bundles, automation, automation, automation, world.loop},
-            world.calendar);
-        view->findChild<QTabWidget*>()->setCurrentIndex(tab);
-        view->show();
-        activate(*view);
-    }
-
-    /// The visible button that reads this.
-    QAbstractButton* button(const char* text) {
-        const auto buttons = view->findChildren<QAbstractButton*>();
-        const auto found = std::ranges::find_if(buttons, [&](const QAbstractButton* candidate) {
-            return candidate->text() == QString::fromUtf8(text) && candidate->isVisible();
-        });
-        return found != buttons.end() ? *found : nullptr;
-    }
-    bool shows(const char* text) {
-        return std::ranges::any_of(view->findChildren<QLabel*>(), [&](const QLabel* label) {
-            return label->isVisible() && label->text() == QString::fromUtf8(text);
-        });
-    }
+    QAbstractButton& control(const char* title) { return named<QAbstractButton>(*view, title); }
+    bool shows(const char* text) { return find(*view, QString::fromUtf8(text)) != nullptr; }
     QListView& list() { return *view->findChild<QListView*>(); }
     QLineEdit& field() { return *view->findChild<QLineEdit*>(); }
     QStringList rows() {
         QStringList result;
-        const QAbstractItemModel& model = *list().model();
-        for (int i = 0; i < model.rowCount(); ++i) {
-            result += model.index(i, 0).data(Qt::AccessibleTextRole).toString();
+        for (int i = 0; i < list().model()->rowCount(); ++i) {
+            result += list().model()->index(i, 0).data(Qt::AccessibleTextRole).toString();
         }
         return result;
     }
+    static QMenu* picker() { return qobject_cast<QMenu*>(QApplication::activePopupWidget()); }
     /// What the picker that is open offers; "*" marks what is chosen.
-    QStringList offers() {
+    static QStringList offers() {
         QStringList result;
-        if (const QMenu* menu = picker()) {
-            for (const QAction* action : menu->actions()) {
-                result += (action->isChecked() ? u"*"_s : QString()) + action->text();
-            }
+        for (const QAction* action : picker() ? picker()->actions() : QList<QAction*>()) {
+            result += (action->isChecked() ? u"*"_s : QString()) + action->text();
         }
         return result;
     }
-    QMenu* picker() { return qobject_cast<QMenu*>(QApplication::activePopupWidget()); }
 
-    static constexpr const char* chromium = "code=\"acTa\" code=\"URL \"";
-
-    World world;
-    FakeBundles bundles;
-    FakeLoginItem login;
-    FakeAutomation automation;
     std::unique_ptr<SettingsView> view;
 };
 
 } // namespace
 
 TEST_F(SettingsViewTest, EachBrowserHasASwitchAndWhatItStillNeeds) {
-    installBrowser("settings.a", "A");
-    installBrowser("settings.b", "B", 2);
-    installBrowser("settings.c", "C", 3);
-    installBrowser("settings.d", "D", 4);
+    install("A");
+    install("B", 2);
+    install("C", 3);
+    install("D", 4);
     automation.decisions = {{3, AutomationPermission::permitted},
                             {4, AutomationPermission::refused}};
-    open();
-    EXPECT_EQ(browsers(),
+    show();
+    EXPECT_EQ(rowsOfBrowsers(),
               lines({"Identificar sites no A|Permitir|1", "Identificar sites no B|Permitir|1",
                      "Identificar sites no C|Permitido|1",
                      "Identificar sites no D|Abrir Ajustes do Sistema|1"}));
     EXPECT_EQ(automation.log, QStringList()) << "nobody is asked by looking";
+    control("Abrir Ajustes do Sistema").click();
+    EXPECT_EQ(automation.log.takeLast(), u"open "_s + Setup::automationSettings());
 
-    button("Abrir Ajustes do Sistema")->click();
-    EXPECT_EQ(automation.log, QStringList(u"open "_s + Setup::automationSettings()));
-
-    QTest::mouseClick(&sitesSwitch("C"), Qt::LeftButton);
-    EXPECT_EQ(world.tracker->disabledBrowsers(), std::set{u"settings.c"_s});
-    EXPECT_EQ(browsers()[2], u"Identificar sites no C|0"_s);
+    orvanta::click(control("Identificar sites no C"));
+    EXPECT_EQ(tracker().disabledBrowsers(), std::set{u"settings.C"_s});
+    EXPECT_EQ(rowsOfBrowsers()[2], u"Identificar sites no C|0"_s);
     automation.decisions[3] = AutomationPermission::refused;
-    QTest::keyClick(&sitesSwitch("C"), Qt::Key_Space);
-    EXPECT_EQ(world.tracker->disabledBrowsers(), std::set<QString>());
-    EXPECT_EQ(browsers()[2], u"Identificar sites no C|Abrir Ajustes do Sistema|1"_s);
-}
+    QTest::keyClick(&control("Identificar sites no C"), Qt::Key_Space);
+    EXPECT_EQ(tracker().disabledBrowsers(), std::set<QString>());
+    EXPECT_EQ(rowsOfBrowsers()[2], u"Identificar sites no C|Abrir Ajustes do Sistema|1"_s);
 
-TEST_F(SettingsViewTest, ABrowserIsStartedAndAsked) {
-    installBrowser("settings.e", "E");
-    open();
-    button("Permitir")->click();
-    EXPECT_EQ(automation.log, lines({"launch /settings.e (inactive) (hidden)"}));
-    automation.running[u"settings.e"_s] = {{5, false}};
+    // One that does not run is started and asked.
+    control("Permitir").click();
+    EXPECT_EQ(automation.log, lines({"launch /settings.A (inactive) (hidden)"}));
+    automation.running[u"settings.A"_s] = {{5, false}};
     automation.decisions[5] = AutomationPermission::permitted;
     automation.launched();
     EXPECT_EQ(automation.log.last(), u"ask 5"_s);
-    EXPECT_EQ(browsers(), lines({"Identificar sites no E|Permitido|1"}));
-
+    EXPECT_EQ(rowsOfBrowsers()[0], u"Identificar sites no A|Permitido|1"_s);
     automation.running.clear();
-    open();
-    button("Permitir")->click();
+    show();
+    control("Permitir").click();
     view.reset();
     automation.launched(); // Nobody is there to be told.
 }
 
 TEST_F(SettingsViewTest, LooksAgainWhenAWindowBecomesActive) {
-    installBrowser("settings.f", "F", 6);
-    open();
-    sitesSwitch("F").setFocus();
+    install("F", 6);
+    show();
+    control("Identificar sites no F").setFocus();
     automation.decisions[6] = AutomationPermission::permitted;
     Q_EMIT qGuiApp->focusWindowChanged(view->windowHandle());
-    EXPECT_EQ(browsers(), lines({"Identificar sites no F|Permitido|1"}));
-    EXPECT_TRUE(sitesSwitch("F").hasFocus());
+    EXPECT_EQ(rowsOfBrowsers(), lines({"Identificar sites no F|Permitido|1"}));
+    EXPECT_TRUE(control("Identificar sites no F").hasFocus());
 
-    installBrowser("settings.g", "G");
+    install("G");
     Q_EMIT qGuiApp->focusWindowChanged(view->windowHandle());
-    EXPECT_EQ(browsers(),
+    EXPECT_EQ(rowsOfBrowsers(),
               lines({"Identificar sites no F|Permitido|1", "Identificar sites no G|Permitir|1"}));
-    QStringList reached;
-    sitesSwitch("F").setFocus();
-    for (int i = 0; i < 4; ++i) {
-        QWidget* const at = QApplication::focusWidget();
-        const auto* const control = qobject_cast<QAbstractButton*>(at);
-        reached += at->accessibleName().isEmpty() && control != nullptr ? control->text()
-                                                                        : at->accessibleName();
-        QTest::keyClick(at, Qt::Key_Tab);
-    }
-    EXPECT_EQ(reached, lines({"Identificar sites no F", "Permitir", "Identificar sites no G",
-                              "Iniciar ao entrar no macOS"}));
+    control("Identificar sites no F").setFocus();
+    EXPECT_EQ(type(*view, "Tab Tab Tab"),
+              lines({"Permitir", "Identificar sites no G", "Iniciar ao entrar no macOS"}));
 
     view->hide();
     bundles.webHandlers.clear();
     Q_EMIT qGuiApp->focusWindowChanged(view->windowHandle());
-    EXPECT_EQ(browsers().size(), 2) << "closed, it looks at nothing";
+    EXPECT_EQ(view->findChildren<BrowserSitesRow*>().size(), 3) << "closed, it looks at nothing";
     view->show();
-    EXPECT_EQ(browsers(), QStringList());
+    EXPECT_EQ(rowsOfBrowsers(), QStringList());
 }
 
 TEST_F(SettingsViewTest, StartingAtLoginIsSwitchedAndSaysWhatIsMissing) {
     const char* const approval = "Autorize o orvanta nos Itens de Início dos Ajustes do Sistema.";
     login.afterRegistering = LoginItem::Status::requiresApproval;
-    open();
-    QAbstractButton* const loginSwitch = button("Iniciar ao entrar no macOS");
-    EXPECT_FALSE(loginSwitch->isChecked());
-    QTest::mouseClick(loginSwitch, Qt::LeftButton, {}, {8, loginSwitch->height() / 2});
+    show();
+    QAbstractButton& loginSwitch = control("Iniciar ao entrar no macOS");
+    EXPECT_FALSE(loginSwitch.isChecked());
+    QTest::mouseClick(&loginSwitch, Qt::LeftButton, {}, {8, loginSwitch.height() / 2});
     EXPECT_EQ(login.registrations, 1);
     EXPECT_TRUE(shows(approval));
-
     login.problem = u"Disco cheio"_s;
-    QTest::keyClick(loginSwitch, Qt::Key_Space);
+    QTest::keyClick(&loginSwitch, Qt::Key_Space);
     EXPECT_EQ(login.unregistrations, 1);
-    EXPECT_FALSE(loginSwitch->isChecked()) << "as the person left it";
-    EXPECT_FALSE(shows(approval));
-    EXPECT_TRUE(shows("Disco cheio"));
-
+    EXPECT_FALSE(loginSwitch.isChecked()) << "as the person left it";
+    EXPECT_TRUE(!shows(approval) && shows("Disco cheio"));
     login.problem.reset();
     login.afterRegistering = LoginItem::Status::enabled;
-    QTest::keyClick(loginSwitch, Qt::Key_Space);
+    QTest::keyClick(&loginSwitch, Qt::Key_Space);
     EXPECT_FALSE(shows("Disco cheio"));
-    open();
-    EXPECT_TRUE(button("Iniciar ao entrar no macOS")->isChecked());
+    show();
+    EXPECT_TRUE(control("Iniciar ao entrar no macOS").isChecked());
 }
 
 TEST_F(SettingsViewTest, TheHistoryIsErasedOnceThePersonSaysSo) {
-    open();
-    QAbstractButton* const clear = button("Apagar histórico…");
+    show();
+    QAbstractButton& clear = control("Apagar histórico…");
     EXPECT_TRUE(shows("5 de mar. de 2024, 12:00"));
-    EXPECT_FALSE(clear->isEnabled());
+    EXPECT_FALSE(clear.isEnabled());
     world.front("editor");
     world.pass(90);
-    EXPECT_TRUE(clear->isEnabled());
-
-    const auto answer = [&](auto&& how) {
-        clear->click();
-        auto* const question = view->findChild<QMessageBox*>();
-        ASSERT_NE(question, nullptr);
-        EXPECT_EQ(question->windowModality(), Qt::WindowModal);
-        EXPECT_EQ(question->text(), u"Apagar o histórico por dia?"_s);
-        how(*question);
-        EXPECT_FALSE(question->isVisible());
-        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    };
-    answer([](QMessageBox& question) { QTest::keyClick(&question, Qt::Key_Escape); });
-    answer([](QMessageBox& question) { QTest::keyClick(&question, Qt::Key_Return); });
-    EXPECT_EQ(world.tracker->historyDayCount(), 1) << "cancelling is what a key does";
-    answer([](QMessageBox& question) {
-        const auto buttons = question.buttons();
-        (*std::ranges::find(buttons, u"Apagar"_s, &QAbstractButton::text))->click();
-    });
-    EXPECT_EQ(world.tracker->historyDayCount(), 0);
-    EXPECT_FALSE(clear->isEnabled());
-    world.tracker->reset();
+    // Cancelling is what a key does.
+    for (const char* answer : {"Esc", "Return", "Apagar"}) {
+        EXPECT_EQ(tracker().historyDayCount(), 1);
+        EXPECT_TRUE(clear.isEnabled());
+        clear.click();
+        auto& question = *shown<QMessageBox>(view.get()).at(0);
+        EXPECT_EQ(question.windowModality(), Qt::WindowModal);
+        EXPECT_EQ(question.text(), u"Apagar o histórico por dia?"_s);
+        EXPECT_EQ(question.informativeText(), u"Os dias registrados serão apagados. A sessão atual "
+                                              "e as classificações serão preservadas."_s);
+        auto* const button = find<QAbstractButton>(question, QString::fromUtf8(answer));
+        button != nullptr
+            ? button->click()
+            : QTest::keyClick(&question, QKeySequence(QString::fromLatin1(answer))[0].key());
+        EXPECT_FALSE(question.isVisible());
+        settle();
+    }
+    EXPECT_EQ(tracker().historyDayCount(), 0);
+    EXPECT_FALSE(clear.isEnabled());
+    tracker().reset();
     EXPECT_TRUE(shows("5 de mar. de 2024, 12:01"));
 }
 
 TEST_F(SettingsViewTest, TheActivitiesAreSearchedAndStandByName) {
-    using enum Category;
-    world.begin();
-    add("app:1", "notas", production);
-    add("site:2", "Notes", ignored);
-    add("app:3", "Édito", pending);
-    add("app:4", "Notes", consumption);
-    add("app:5", "Zeta", neutral);
-    open(1);
-    const QStringList all = lines({"Notes: Ignorar", "Notes: Consumo", "Zeta: Não contabilizar",
-                                   "notas: Produção", "Édito: Pendente"});
-    EXPECT_EQ(rows(), all);
-    QTest::keyClicks(&field(), u"NOTE"_s);
-    EXPECT_EQ(rows(), lines({"Notes: Ignorar", "Notes: Consumo"}));
-    QTest::keyClicks(&field(), u"z"_s);
-    EXPECT_EQ(rows(), QStringList());
-    field().setText(u"é"_s);
-    EXPECT_EQ(rows(), lines({"Édito: Pendente"}));
-    field().clear();
-    EXPECT_EQ(rows(), all);
-
-    field().setText(u"no"_s);
+    const std::pair<const char*, Category> all[] = {{"notas", production},
+                                                    {"Notes", ignored},
+                                                    {"Édito", pending},
+                                                    {"Notes", consumption},
+                                                    {"Zeta", neutral}};
+    for (int key = 0; const auto& [name, category] : all) {
+        world.context().activities().append(u"app:%1"_s.arg(++key), QString::fromUtf8(name),
+                                            category, 0);
+    }
+    show(1);
+    const struct {
+        const char* search;
+        QStringList found;
+    } searches[]{{"NOTE", lines({"Notes: Ignorar", "Notes: Consumo"})},
+                 {"NOTEz", {}},
+                 {"é", lines({"Édito: Pendente"})},
+                 {"", lines({"Notes: Ignorar", "Notes: Consumo", "Zeta: Não contabilizar",
+                             "notas: Produção", "Édito: Pendente"})},
+                 {"no", lines({"Notes: Ignorar", "Notes: Consumo", "notas: Produção"})}};
+    for (const auto& [search, found] : searches) {
+        field().clear();
+        field().insert(QString::fromUtf8(search));
+        EXPECT_EQ(rows(), found);
+    }
     list().setCurrentIndex(list().model()->index(2, 0));
     world.workspace.front = RunningApplication{u"novo"_s, u"Nota"_s, {}, {}};
     world.workspaceCenter.post(Notification::DidActivateApplication);
-    EXPECT_EQ(rows(),
-              lines({"Nota: Pendente", "Notes: Ignorar", "Notes: Consumo", "notas: Produção"}));
+    EXPECT_EQ(rows(), lines({"Nota: Pendente"}) + searches[4].found);
     EXPECT_EQ(list().currentIndex().data().toString(), u"notas"_s) << "its place is kept";
 }
 
 TEST_F(SettingsViewTest, APickerChangesACategory) {
-    using enum Category;
-    world.begin();
-    Activity& activity = add("app:a", "A", pending);
-    add("app:b", "B", production);
-    open(1);
+    add({"A", pending});
+    add({"B", production});
+    show(1);
     const auto* const delegate = qobject_cast<ClassificationDelegate*>(list().itemDelegate());
     const QRect row = list().visualRect(list().model()->index(0, 0));
     EXPECT_EQ(delegate->pickerArea(row).width(), 125);
@@ -298,46 +235,39 @@ TEST_F(SettingsViewTest, APickerChangesACategory) {
     EXPECT_EQ(picker(), nullptr);
     QTest::mousePress(list().viewport(), Qt::LeftButton, {}, delegate->pickerArea(row).center());
     EXPECT_EQ(offers(), lines({"*Pendente", "Produção", "Consumo", "Ignorar"}));
-    QTest::keyClick(picker(), Qt::Key_Down);
-    QTest::keyClick(picker(), Qt::Key_Return);
-    EXPECT_EQ(activity.category(), production);
-    EXPECT_EQ(rows(), lines({"A: Produção", "B: Produção"}));
+    type(*picker(), "Down Return");
+    EXPECT_EQ(activity("A").category(), production);
 
     list().setFocus();
-    for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_F4}) {
-        QTest::keyClick(&list(), key);
+    for (const char* key : {"Space", "Return", "F4"}) {
+        type(*view, key);
         EXPECT_EQ(offers(), lines({"*Produção", "Consumo", "Ignorar"}));
         QTest::keyClick(picker(), Qt::Key_Escape);
     }
-    QTest::keyClick(&list(), Qt::Key_Down);
-    QTest::keyClick(&list(), Qt::Key_Down, Qt::AltModifier);
+    type(*view, "Down Alt+Down");
     QTest::keyClick(picker(), Qt::Key_Up);
     QTest::keyClick(picker(), Qt::Key_Return);
     EXPECT_EQ(rows(), lines({"A: Produção", "B: Ignorar"}));
 }
 
 TEST_F(SettingsViewTest, NoTextIsCutOffInALargeFont) {
+    install("Navegador de nome comprido", 8);
+    automation.decisions[8] = AutomationPermission::refused;
     const QFont usual = QApplication::font();
     for (const double size : {usual.pointSizeF(), 22.0}) {
         QFont font = usual;
         font.setPointSizeF(size);
         QApplication::setFont(font);
-        installBrowser("settings.h", "Navegador de nome comprido", 8);
-        automation.decisions[8] = AutomationPermission::refused;
-        for (const int tab : {0, 1}) {
-            open(tab);
+        for (const std::size_t tab : {1, 0}) {
+            show(static_cast<int>(tab));
             EXPECT_EQ(view->size(), QSize(564, 454));
-            int captions = 0;
-            for (const Caption* const caption : view->findChildren<Caption*>()) {
-                if (caption->isVisible()) {
-                    ++captions;
-                    EXPECT_GE(caption->height(), caption->heightForWidth(caption->width()))
-                        << qPrintable(caption->text());
-                }
+            const auto captions = shown<Caption>(view.get());
+            EXPECT_EQ(captions.size(), tab == 0 ? 3U : 1U);
+            for (const Caption* caption : captions) {
+                EXPECT_GE(caption->height(), caption->heightForWidth(caption->width()))
+                    << qPrintable(caption->text());
             }
-            EXPECT_EQ(captions, tab == 0 ? 3 : 1);
         }
-        open();
         EXPECT_FALSE(view->findChild<QScrollArea*>()->horizontalScrollBar()->isVisible());
     }
     QApplication::setFont(usual);

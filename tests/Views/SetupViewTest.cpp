@@ -1,100 +1,73 @@
 #include "Views/SetupView.h"
 
-#include "Fakes/FakeAppearance.h"
-#include "Fakes/World.h"
-#include "SetupDesk.h"
-#include "Views/GridButton.h"
+#include "PanelStage.h"
 #include "Views/Palette.h"
-#include "WidgetReading.h"
-
-#include <QScrollArea>
-#include <QTest>
+#include "Views/PanelView.h"
 
 using namespace orvanta;
 
 namespace {
 
-struct Stage {
-    explicit Stage(const std::vector<const char*>& browsers) {
-        for (const char* name : browsers) {
-            const int number = static_cast<int>(desk.browsers.size()) + 1;
-            desk.addBrowser(number, name, number == 1);
+/// With browsers that run, as the processes 1, 2 and so on; the first is the default one.
+struct Unallowed : PanelStage {
+    explicit Unallowed(std::initializer_list<const char*> names) {
+        for (const QString& name : lines(names)) {
+            const int process = static_cast<int>(browsers.size()) + 1;
+            browsers.push_back({name, name, process == 1});
+            automation.running[name] = {{process, false}};
         }
-        setup = desk.setup();
-        view = std::make_unique<SetupView>(*setup, appearance, [this] { ++quits; });
-        view->show();
+        isSetUp = false;
+        open();
     }
-    SetupDesk desk;
-    FakeAppearance appearance;
-    std::unique_ptr<Setup> setup;
-    std::unique_ptr<SetupView> view;
-    int quits = 0;
 };
 
 } // namespace
 
-TEST(SetupViewTest, ListsTheStepsAndTheirStates) {
-    Stage stage({"Firefox", "Chromium"});
+TEST(SetupViewTest, ListsTheStepsAndTheirStatesAndGivesWayToThePanel) {
+    Unallowed stage({"Firefox", "Chromium"});
     EXPECT_EQ(
-        accessibleLines(*stage.view),
-        lines({"Text orvanta", "Text CONFIGURAÇÃO 0/2", "Text Iniciar ao entrar",
+        accessibleLines(stage.root()),
+        lines({"orvanta", "Text orvanta", "Text CONFIGURAÇÃO 0/2", "Text Iniciar ao entrar",
                "Button Iniciar ao entrar: Abrir o orvanta ao entrar no macOS",
                "Text Sites no Firefox",
                "Button Sites no Firefox: Permitir ler o domínio da aba ativa",
                "Text OUTROS NAVEGADORES OPCIONAL", "Text Sites no Chromium",
                "Button Sites no Chromium: Permitir ler o domínio da aba ativa", "Button Sair"}));
-    EXPECT_EQ(stage.view->size(), QSize(320, 352));
+    EXPECT_EQ(shown<SetupView>(&stage.root()).front()->size(), QSize(320, 352));
 
-    stage.desk.login.current = LoginItem::Status::requiresApproval;
-    stage.desk.automation.decisions = {{1, AutomationPermission::permitted},
-                                       {2, AutomationPermission::refused}};
-    stage.desk.loop.advance(1);
-    EXPECT_EQ(accessibleLines(*stage.view),
-              lines({"Text orvanta", "Text CONFIGURAÇÃO 1/2", "Text Iniciar ao entrar",
-                     "Button Iniciar ao entrar: Ativar o orvanta nos Ajustes do Sistema",
-                     "Text Sites no Firefox", "Button Sites no Firefox: Permitido",
-                     "Text OUTROS NAVEGADORES OPCIONAL", "Text Sites no Chromium",
-                     "Button Sites no Chromium: Ativar o orvanta nos Ajustes do Sistema",
-                     "Button Sair"}));
-    const QImage image = picture(*stage.view, 2);
+    stage.login.current = LoginItem::Status::requiresApproval;
+    stage.automation.decisions = {{1, AutomationPermission::permitted},
+                                  {2, AutomationPermission::refused}};
+    stage.play({{"pass 1", "Text CONFIGURAÇÃO 1/2; Button Sites no Firefox: Permitido; "
+                           "Button Iniciar ao entrar: Ativar o orvanta nos Ajustes do Sistema"}});
+    EXPECT_EQ(
+        stage.button("Sites no Chromium: Ativar o orvanta nos Ajustes do Sistema").label().text,
+        QStringLiteral("AJUSTES"));
+    EXPECT_EQ(stage.button("Sites no Firefox: Permitido").label().symbol, Symbol::checkmark);
+    EXPECT_EQ(stage.button("Sair").label().text, QStringLiteral("SAIR"));
+    const QImage image = picture(stage.root(), 2);
     EXPECT_EQ(count(image, Palette::green, QRect(0, 87, 320, 1)), 320);
     EXPECT_EQ(count(image, Palette(ColorScheme::light).rule, QRect(320, 87, 320, 1)), 320);
-    EXPECT_EQ(
-        named<GridButton>(*stage.view, "Sites no Chromium: Ativar o orvanta nos Ajustes do Sistema")
-            ->label()
-            .text,
-        QStringLiteral("AJUSTES"));
-}
-
-TEST(SetupViewTest, AButtonDoesItsStepAndKeepsTheKeyboard) {
-    Stage stage({"Firefox"});
-    activate(*stage.view);
-    QTest::keyClick(stage.view.get(), Qt::Key_Tab);
-    auto* const button =
-        named<GridButton>(*stage.view, "Sites no Firefox: Permitir ler o domínio da aba ativa");
-    button->setFocus(Qt::TabFocusReason);
-    QTest::keyClick(button, Qt::Key_Return);
-    EXPECT_EQ(stage.desk.automation.log, lines({"ask 1"}));
-    stage.desk.automation.decisions[1] = AutomationPermission::refused;
-    stage.desk.loop.advance(1);
-    EXPECT_TRUE(button->hasFocus());
-    EXPECT_EQ(button->toolTip(), QStringLiteral("Ativar o orvanta nos Ajustes do Sistema"));
-
-    QTest::mouseClick(named(*stage.view, "Sair"), Qt::LeftButton);
+    stage.login.current = LoginItem::Status::notRegistered;
+    // The click ends the setup, and with it the button's own view.
+    stage.play({{"click Sair; pass 1; click Iniciar ao entrar: Abrir o orvanta ao entrar no macOS",
+                 "Button Pausar"}});
     EXPECT_EQ(stage.quits, 1);
+    EXPECT_EQ(stage.login.registrations, 1);
+    settle();
+    EXPECT_EQ(stage.root().findChild<SetupView*>(), nullptr);
+    EXPECT_EQ(shown<PanelView>(&stage.root()).front()->size(), stage.root().size());
 }
 
-TEST(SetupViewTest, MoreStepsThanFitAreReachedByTheKeyboard) {
-    Stage stage({"Firefox", "a", "b", "c", "d"});
-    auto* const last =
-        named<GridButton>(*stage.view, "Sites no d: Permitir ler o domínio da aba ativa");
-    EXPECT_TRUE(last->visibleRegion().isEmpty());
-    activate(*stage.view);
-    for (int i = 0; i < 20 && !last->hasFocus(); ++i) {
-        QTest::keyClick(QApplication::focusWidget() ? QApplication::focusWidget()
-                                                    : stage.view.get(),
-                        Qt::Key_Tab);
-    }
-    EXPECT_TRUE(last->hasFocus());
-    EXPECT_EQ(last->visibleRegion().boundingRect(), last->rect());
+TEST(SetupViewTest, AButtonDoesItsStepAndAllAreReachedByTheKeyboard) {
+    Unallowed stage({"Firefox", "a", "b", "c", "d"});
+    const GridButton& last = stage.button("Sites no d: Permitir ler o domínio da aba ativa");
+    EXPECT_TRUE(last.visibleRegion().isEmpty());
+    stage.play({{"keys Tab", "@Iniciar ao entrar: Abrir o orvanta ao entrar no macOS"},
+                {"keys Tab Return", "@Sites no Firefox: Permitir ler o domínio da aba ativa"}});
+    EXPECT_EQ(stage.automation.log, lines({"ask 1"}));
+    stage.automation.decisions[1] = AutomationPermission::refused;
+    stage.play({{"pass 1", "@Sites no Firefox: Ativar o orvanta nos Ajustes do Sistema"},
+                {"keys Tab Tab Tab Tab", "@Sites no d: Permitir ler o domínio da aba ativa"}});
+    EXPECT_EQ(last.visibleRegion().boundingRect(), last.rect());
 }

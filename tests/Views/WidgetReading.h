@@ -2,16 +2,15 @@
 
 #include <QAccessible>
 #include <QApplication>
-#include <QHelpEvent>
 #include <QImage>
+#include <QKeySequence>
 #include <QPainter>
-#include <QStringList>
-#include <QWidget>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <initializer_list>
+#include <vector>
 
 namespace orvanta {
 
@@ -47,20 +46,73 @@ inline QStringList accessibleLines(QWidget& widget) {
     return accessibleLines(QAccessible::queryAccessibleInterface(&widget));
 }
 
-/// The one visible widget of this accessible name.
+/// The widgets of this kind that a person sees: inside of one, or the windows.
 template <typename Widget = QWidget>
-Widget* named(QWidget& root, const char* name) {
-    const auto widgets = root.findChildren<Widget*>();
-    const auto found = std::ranges::find_if(widgets, [&](const Widget* widget) {
-        return widget->accessibleName() == QString::fromUtf8(name) && widget->isVisibleTo(&root);
-    });
-    EXPECT_NE(found, widgets.end()) << name;
-    return found != widgets.end() ? *found : nullptr;
+std::vector<Widget*> shown(const QWidget* root = nullptr) {
+    std::vector<Widget*> result;
+    for (QWidget* widget :
+         root != nullptr ? root->findChildren<QWidget*>() : QApplication::topLevelWidgets()) {
+        if (auto* found = dynamic_cast<Widget*>(widget); found != nullptr && found->isVisible()) {
+            result.push_back(found);
+        }
+    }
+    return result;
+}
+template <typename Widget>
+Widget* firstShown(const QWidget* root = nullptr) {
+    const auto all = shown<Widget>(root);
+    return all.empty() ? nullptr : all.front();
 }
 
+/// What it is called, or reads.
+inline QString titleOf(const QWidget* widget) {
+    return widget == nullptr                    ? QString()
+           : widget->accessibleName().isEmpty() ? widget->property("text").toString()
+                                                : widget->accessibleName();
+}
+/// The first visible widget of this title; null when there is none.
+template <typename Widget = QWidget>
+Widget* find(const QWidget& root, const QString& title) {
+    const auto all = shown<Widget>(&root);
+    const auto found = std::ranges::find(all, title, titleOf);
+    return found != all.end() ? *found : nullptr;
+}
+/// The same, which has to be there.
+template <typename Widget = QWidget>
+Widget& named(const QWidget& root, const char* title) {
+    auto* const found = find<Widget>(root, QString::fromUtf8(title));
+    if (found == nullptr) {
+        throw std::runtime_error(title);
+    }
+    return *found;
+}
+
+inline void click(QWidget& widget) {
+    QTest::mouseClick(&widget, Qt::LeftButton);
+}
+/// Presses keys, as "Tab Alt+Down", one after another, wherever in the window the keyboard is, and
+/// says who has it after each.
+inline QStringList type(QWidget& window, const char* keys) {
+    QStringList visited;
+    for (const QString& key : QString::fromLatin1(keys).split(u' ')) {
+        const QKeyCombination pressed = QKeySequence(key)[0];
+        QWidget* const target = window.focusWidget();
+        QTest::keyClick(target != nullptr ? target : &window, pressed.key(),
+                        pressed.keyboardModifiers());
+        visited += titleOf(window.focusWidget());
+    }
+    return visited;
+}
 /// So that keys reach it.
 inline void activate(QWidget& window) {
+    window.show();
     window.activateWindow();
+    QApplication::processEvents();
+}
+/// What is to be deleted later is.
+inline void settle() {
+    QApplication::processEvents();
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QApplication::processEvents();
 }
 
