@@ -1,11 +1,9 @@
 #pragma once
 
 #include "Compositor.h"
+#include "Testing.h"
 
 #include <plasma-window-management-server.h>
-
-#include <map>
-#include <string>
 
 namespace orvanta {
 
