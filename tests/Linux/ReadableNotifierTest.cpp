@@ -1,52 +1,38 @@
 #include "Linux/MainLoop/ReadableNotifier.h"
 
-#include "Eventually.h"
-
-#include <QCoreApplication>
+#include "Testing.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <array>
-#include <memory>
-#include <utility>
 
 using namespace orvanta;
 
 namespace {
 
-class Pipe {
-public:
-    Pipe() { EXPECT_EQ(::pipe2(ends_.data(), O_CLOEXEC), 0); }
+struct Pipe {
+    Pipe() { EXPECT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0); }
     ~Pipe() {
-        ::close(ends_[0]);
-        closeWriting();
+        ::close(reading);
+        ::close(writing);
     }
     Pipe(const Pipe&) = delete;
     Pipe& operator=(const Pipe&) = delete;
 
-    int reading() const { return ends_[0]; }
-    void write() const { EXPECT_EQ(::write(ends_[1], "x", 1), 1); }
+    void write() const { EXPECT_EQ(::write(writing, "x", 1), 1); }
     void read() const {
         char byte = 0;
-        EXPECT_EQ(::read(ends_[0], &byte, 1), 1);
-    }
-    void closeWriting() {
-        if (ends_[1] >= 0) {
-            ::close(std::exchange(ends_[1], -1));
-        }
+        EXPECT_EQ(::read(reading, &byte, 1), 1);
     }
 
-private:
-    std::array<int, 2> ends_{-1, -1};
+    std::array<int, 2> ends{-1, -1};
+    int& reading = ends[0];
+    int& writing = ends[1];
 };
 
 TEST(ReadableNotifierTest, TellsAsLongAsThereIsSomethingAndItIsEnabled) {
     Pipe pipe;
     Pipe other;
-    ReadableNotifier notifier(pipe.reading());
-    const ReadableNotifier silent(other.reading());
+    ReadableNotifier notifier(pipe.reading);
+    const ReadableNotifier silent(other.reading);
     int told = 0;
     QObject::connect(&notifier, &ReadableNotifier::activated, [&] { ++told; });
     QObject::connect(&silent, &ReadableNotifier::activated, [] { ADD_FAILURE(); });
@@ -61,7 +47,7 @@ TEST(ReadableNotifierTest, TellsAsLongAsThereIsSomethingAndItIsEnabled) {
     // A peer's end is not to be heard of either.
     notifier.setEnabled(false);
     pipe.write();
-    pipe.closeWriting();
+    ::close(std::exchange(pipe.writing, -1));
     for (int i = 0; i < 3; ++i) {
         QCoreApplication::processEvents();
     }
@@ -76,7 +62,7 @@ TEST(ReadableNotifierTest, OneMayRemoveAnotherThatIsDueAndItself) {
     int told = 0;
     for (size_t i = 0; i < pipes.size(); ++i) {
         pipes[i].write();
-        notifiers[i] = std::make_unique<ReadableNotifier>(pipes[i].reading());
+        notifiers[i] = std::make_unique<ReadableNotifier>(pipes[i].reading);
         QObject::connect(notifiers[i].get(), &ReadableNotifier::activated, [&] {
             ++told;
             for (auto& each : notifiers) {
