@@ -234,36 +234,27 @@ TEST_F(LinuxBundlesTest, TheListsOfAssociationsGiveTheOrder) {
     EXPECT_EQ(order(u"https://a.test:80/b"_s), "text mine a");
 }
 
-TEST(InstalledBrowsersTest, ThoseOfThisSystemAreFound) {
+TEST(InstalledBrowsersTest, ThoseOfThisSystemAreFoundWhateverTheirEntriesAreCalled) {
     const auto places = LinuxBundles::Places::ofThisProcess();
-    DesktopEntries entries(places.associations.applications);
+    const TemporaryFolder folder;
+    DesktopEntries entries(QStringList{folder.path()} + places.associations.applications);
     const LinuxBundles bundles(entries, places);
-    EXPECT_EQ(dialect(bundles, u"chromium"_s), BrowserDialect::chromium);
-    EXPECT_EQ(dialect(bundles, u"firefox-esr"_s), BrowserDialect::safari);
-    for (const char* id : {"org.xfce.mousepad", "debian-xterm"}) {
-        EXPECT_TRUE(bundles.locationOfApplication(QString::fromUtf8(id))) << id;
-        EXPECT_EQ(dialect(bundles, QString::fromUtf8(id)), std::nullopt) << id;
+    for (const auto& [id, expected] :
+         {std::pair(u"chromium"_s, std::optional(BrowserDialect::chromium)),
+          {u"firefox-esr"_s, BrowserDialect::safari},
+          {u"debian-xterm"_s, std::nullopt},
+          {u"org.xfce.mousepad"_s, std::nullopt}}) {
+        const auto entry = entries.withId(id);
+        ASSERT_TRUE(entry) << qPrintable(id);
+        folder.link(entry->path, u"other-%1.desktop"_s.arg(id));
+        EXPECT_EQ(dialect(bundles, id), expected) << qPrintable(id);
+        EXPECT_EQ(dialect(bundles, u"other-"_s + id), expected) << qPrintable(id);
     }
     std::vector<std::string> found;
     for (const Browser& each : Browser::installed(bundles)) {
         found.push_back(each.id.toStdString());
     }
     EXPECT_THAT(found, testing::IsSupersetOf({"chromium", "firefox-esr"}));
-}
-
-TEST(InstalledBrowsersTest, TheirFilesTellWhateverTheyAreCalled) {
-    const TemporaryFolder folder;
-    const auto places = LinuxBundles::Places::ofThisProcess();
-    DesktopEntries installed(places.associations.applications);
-    DesktopEntries entries({folder.path()});
-    const LinuxBundles bundles(entries, places);
-    for (const char* id : {"chromium", "firefox-esr"}) {
-        const auto entry = installed.withId(QString::fromUtf8(id));
-        ASSERT_TRUE(entry &&
-                    QFile::link(entry->path, folder.path(u"other-%1.desktop"_s.arg(entry->id))));
-    }
-    EXPECT_EQ(dialect(bundles, u"other-chromium"_s), BrowserDialect::chromium);
-    EXPECT_EQ(dialect(bundles, u"other-firefox-esr"_s), BrowserDialect::safari);
 }
 
 } // namespace

@@ -2,8 +2,6 @@
 
 #include "Testing.h"
 
-#include <QProcess>
-
 namespace orvanta {
 
 namespace {

@@ -2,8 +2,6 @@
 #include "StatusHost.h"
 #include "Testing.h"
 
-#include <sys/prctl.h>
-
 #include <limits>
 
 using namespace orvanta;
@@ -212,12 +210,14 @@ protected:
     StatusMenuItem entry(const QString& name, std::optional<bool> checked = {}) {
         return {name, [this, name] { chosen.append(name); }, checked};
     }
+    QDBusMessage reply(const QString& method, const QVariantList& arguments) {
+        return host.call(u"/MenuBar"_s, u"com.canonical.dbusmenu"_s, method, arguments);
+    }
     QVariantList answer(const QString& method, const QVariantList& arguments) {
-        return host.call(u"/MenuBar"_s, u"com.canonical.dbusmenu"_s, method, arguments).arguments();
+        return reply(method, arguments).arguments();
     }
     bool failed(const QString& method, const QVariantList& arguments) {
-        return host.call(u"/MenuBar"_s, u"com.canonical.dbusmenu"_s, method, arguments).type() ==
-               QDBusMessage::ErrorMessage;
+        return reply(method, arguments).type() == QDBusMessage::ErrorMessage;
     }
     uint revision() { return answer(u"GetLayout"_s, {0, 0, QStringList()})[0].toUInt(); }
     MenuLayout layout(int parent = 0, int depth = -1, const QStringList& names = {}) {
@@ -242,8 +242,10 @@ protected:
         return {id, name, QVariant::fromValue(QDBusVariant(0)), 0U};
     }
     static QVariantList events(int first, int second) {
-        return {QVariant::fromValue(QList<MenuEvent>{{first, u"clicked"_s, QDBusVariant(0), 0},
-                                                     {second, u"clicked"_s, QDBusVariant(0), 0}})};
+        const auto click = [](int id) {
+            return MenuEvent{id, u"clicked"_s, QDBusVariant(0), 0};
+        };
+        return {QVariant::fromValue(QList<MenuEvent>{click(first), click(second)})};
     }
 
     QStringList chosen;
@@ -319,11 +321,10 @@ TEST_F(StatusMenuTest, AClickOnAnEntryThatIsNoMoreHitsNothing) {
     EXPECT_THAT(host.takeSignals(), ElementsAre(u"LayoutUpdated"_s));
     EXPECT_GT(revision(), before);
     for (const int id : strangers) {
-        EXPECT_TRUE(failed(u"Event"_s, event(id))) << id;
-        EXPECT_TRUE(failed(u"EventGroup"_s, events(id, id))) << id;
+        EXPECT_TRUE(failed(u"Event"_s, event(id)) && failed(u"EventGroup"_s, events(id, id))) << id;
         EXPECT_TRUE(failed(u"GetLayout"_s, {id, -1, QStringList()})) << id;
-        EXPECT_TRUE(failed(u"GetProperty"_s, {id, u"label"_s})) << id;
-        EXPECT_TRUE(failed(u"AboutToShow"_s, {id})) << id;
+        EXPECT_TRUE(failed(u"GetProperty"_s, {id, u"label"_s}) && failed(u"AboutToShow"_s, {id}))
+            << id;
     }
     answer(u"Event"_s, event(entries()[0].id));
     ASSERT_TRUE(eventually([this] { return !chosen.isEmpty(); }));

@@ -3,8 +3,6 @@
 #include "Testing.h"
 #include "XServer.h"
 
-#include <QProcess>
-
 using namespace orvanta;
 
 namespace {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Program.h"
 #include "Testing.h"
 
 #include <xcb/xcb.h>
