@@ -191,18 +191,10 @@ TEST_F(BrowserBridgeTest, BadBytesEndTheirConnectionAndNoOther) {
     connect(u"good"_s);
     play(u"front=4242 good=https://a.org+"_s);
     const QByteArray message = "{\"v\":1,\"origin\":null,\"focused\":true}";
-    const QByteArray rows[] = {
-        QByteArray(4, '\0'),
-        QByteArray(4, '\xff'),
-        "\3\0\0\0{\xff}"_ba,
-        "\2\0\0\0{}"_ba,
-        "\7\0\0\0{\"v\":2}"_ba,
-        [&message] {
-            const FrameHeader header = frameHeader(static_cast<std::size_t>(message.size()));
-            return (QByteArray(header.data(), header.size()) + message).repeated(200);
-        }(),
-    };
-    for (const QByteArray& bytes : rows) {
+    const FrameHeader header = frameHeader(std::size_t(message.size()));
+    const QByteArray flood = (QByteArray(header.data(), header.size()) + message).repeated(200);
+    for (const QByteArray& bytes :
+         {QByteArray(4, '\0'), QByteArray(4, '\xff'), "\2\0\0\0{}"_ba, flood}) {
         Host bad(socket);
         loop.advance(1.0);
         bad.send(bytes);
