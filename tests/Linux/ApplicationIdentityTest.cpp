@@ -1,9 +1,6 @@
 #include "Linux/Applications/ApplicationIdentity.h"
 
-#include "Applications.h"
-#include "Fakes/QtPrinters.h"
-
-#include <gmock/gmock.h>
+#include "Testing.h"
 
 using namespace orvanta;
 
@@ -30,9 +27,7 @@ protected:
         processes.write(u"%1/root/.flatpak-info"_s.arg(process), content);
     }
     void runs(int process, const QString& program) {
-        const QString folder = processes.path(QString::number(process));
-        QDir().mkpath(folder);
-        ASSERT_TRUE(QFile::link(program, folder + u"/exe"_s));
+        processes.link(program, u"%1/exe"_s.arg(process));
     }
 
     TemporaryFolder applications;
@@ -111,9 +106,7 @@ TEST_F(ApplicationIdentityTest, BrokenSandboxMetadataIsPassedOver) {
     writeFlatpak(2, sound);
     EXPECT_EQ(idOf(window("", "Klass", 2)), u"org.not.Exported"_s);
     // A link would lead out of the sandbox.
-    QDir().mkpath(processes.path(u"3/root"_s));
-    QFile::link(processes.path(u"2/root/.flatpak-info"_s),
-                processes.path(u"3/root/.flatpak-info"_s));
+    processes.link(processes.path(u"2/root/.flatpak-info"_s), u"3/root/.flatpak-info"_s);
     EXPECT_EQ(idOf(window("", "Klass", 3)), u"Klass"_s);
 }
 

@@ -1,88 +1,61 @@
 #include "Linux/BrowserBridge/AutomationWindow.h"
 
 #include "BrowserHostEnd.h"
-#include "Eventually.h"
-#include "Fakes/FakeWorkspace.h"
-#include "Fakes/HandMainLoop.h"
-#include "Fakes/QtPrinters.h"
 #include "Linux/BrowserBridge/LinuxAutomation.h"
+#include "Testing.h"
+#include "Widgets.h"
 
-#include <QApplication>
-#include <QDir>
-#include <QLabel>
 #include <QPointer>
-#include <QPushButton>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
-#include <csignal>
-#include <map>
-#include <memory>
 
 namespace orvanta {
 
 namespace {
 
-using namespace Qt::StringLiterals;
 using Decision = LinuxAutomationPermission::Decision;
 using Missing = AutomationWindow::Missing;
 
-/// All that is visible, in reading order.
-QStringList texts(const QWidget& window) {
-    QStringList all;
-    for (const QLabel* label : window.findChildren<QLabel*>()) {
-        if (label->isVisibleTo(&window)) {
-            all.append(label->text());
-        }
-    }
-    return all;
-}
-
 QPushButton* button(const QWidget& window, const QString& accessibleName) {
-    for (QPushButton* each : window.findChildren<QPushButton*>()) {
-        if (each->accessibleName() == accessibleName && each->isVisibleTo(&window)) {
-            return each;
-        }
-    }
-    return nullptr;
-}
-
-template <typename T>
-T* shown() {
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        if (auto* window = qobject_cast<T*>(widget); window && window->isVisible()) {
-            return window;
-        }
-    }
-    return nullptr;
+    const auto all = visible<QPushButton>(&window);
+    const auto found = std::ranges::find(all, accessibleName,
+                                         [](const auto* each) { return each->accessibleName(); });
+    return found == all.end() ? nullptr : *found;
 }
 
 TEST(AutomationWindowTest, ARowSaysTheDecisionAndWhatIsMissing) {
+    using enum LinuxAutomationPermission::Decision;
     const struct {
         Decision decision;
         Missing missing;
         QString text;
-        QString allow;
-        bool canRefuse;
+        QStringList buttons;
     } rows[] = {
-        {Decision::Undecided, Missing::Extension, u"Ainda não decidido"_s, u"Permitir…"_s, true},
-        {Decision::Refused, Missing::Nothing, u"Não permitido"_s, u"Permitir…"_s, false},
-        {Decision::Agreed, Missing::Extension, u"Permitido · falta a extensão no navegador"_s,
-         u"Concluir…"_s, true},
-        {Decision::Agreed, Missing::Restart, u"Permitido · reinicie o navegador"_s, u"Concluir…"_s,
-         true},
-        {Decision::Allowed, Missing::Start, u"Permitido · abra o navegador"_s, u"Concluir…"_s,
-         true},
-        {Decision::Allowed, Missing::Nothing, u"Permitido · conectado"_s, {}, true},
+        {Undecided,
+         Missing::Extension,
+         u"Ainda não decidido"_s,
+         {u"Permitir…"_s, u"Não permitir"_s}},
+        {Refused, Missing::Nothing, u"Não permitido"_s, {u"Permitir…"_s}},
+        {Agreed,
+         Missing::Extension,
+         u"Permitido · falta a extensão no navegador"_s,
+         {u"Concluir…"_s, u"Não permitir"_s}},
+        {Agreed,
+         Missing::Restart,
+         u"Permitido · reinicie o navegador"_s,
+         {u"Concluir…"_s, u"Não permitir"_s}},
+        {Allowed,
+         Missing::Start,
+         u"Permitido · abra o navegador"_s,
+         {u"Concluir…"_s, u"Não permitir"_s}},
+        {Allowed, Missing::Nothing, u"Permitido · conectado"_s, {u"Não permitir"_s}},
     };
     std::vector<AutomationWindow::Row> shownRows{{u"a"_s, u"<b>A</b>"_s, {}, {}}};
     QStringList done;
-    AutomationWindow window({[&] { return shownRows; },
-                             [&](const QString& identifier) { done += u"allow "_s + identifier; },
-                             [&](const QString& identifier) {
-                                 done += u"refuse "_s + identifier;
-                             }});
+    const auto note = [&](const QString& what) {
+        return [&done, what](const QString& identifier) {
+            done += what + identifier;
+        };
+    };
+    AutomationWindow window({[&] { return shownRows; }, note(u"allow "_s), note(u"refuse "_s)});
     window.setAttribute(Qt::WA_DeleteOnClose, false);
     window.show();
     EXPECT_EQ(window.windowTitle(), u"Automação"_s);
@@ -90,11 +63,11 @@ TEST(AutomationWindowTest, ARowSaysTheDecisionAndWhatIsMissing) {
         shownRows.front().decision = row.decision;
         shownRows.front().missing = row.missing;
         window.refresh();
-        EXPECT_EQ(texts(window).sliced(1), (QStringList{u"<b>A</b>"_s, row.text}));
-        for (const QString& allow : {u"Permitir…"_s, u"Concluir…"_s}) {
-            EXPECT_EQ(button(window, allow + u" — <b>A</b>"_s) != nullptr, allow == row.allow);
+        EXPECT_EQ(texts<QLabel>(&window).sliced(1), (QStringList{u"<b>A</b>"_s, row.text}));
+        for (const QString& each : {u"Permitir…"_s, u"Concluir…"_s, u"Não permitir"_s}) {
+            EXPECT_EQ(button(window, each + u" — <b>A</b>"_s) != nullptr,
+                      row.buttons.contains(each));
         }
-        EXPECT_EQ(button(window, u"Não permitir — <b>A</b>"_s) != nullptr, row.canRefuse);
     }
 
     // The keyboard goes on beside a button that has done its work.
@@ -115,7 +88,7 @@ TEST(AutomationWindowTest, ARowSaysTheDecisionAndWhatIsMissing) {
     shownRows.clear();
     window.refresh();
     window.refresh();
-    EXPECT_EQ(texts(window).sliced(1),
+    EXPECT_EQ(texts<QLabel>(&window).sliced(1),
               QStringList{u"Nenhum navegador compatível foi encontrado."_s});
 }
 
@@ -123,26 +96,27 @@ TEST(AutomationWindowTest, ARowSaysTheDecisionAndWhatIsMissing) {
 class LinuxAutomationTest : public testing::Test {
 protected:
     LinuxAutomationTest() {
-        write(u"entries/chromium.desktop"_s,
-              "[Desktop Entry]\nType=Application\nName=Chromium\nExec=sleep 60\n");
-        write(u"config/chromium/Local State"_s, "{}");
-        write(u"package/orvanta.crx"_s, "package");
+        folder.writeEntry(u"entries/chromium"_s, "Exec=sleep 60\n");
+        folder.write(u"config/chromium/Local State"_s, "{}");
+        folder.write(u"package/orvanta.crx"_s, "package");
+        const auto now = [this] {
+            return loop.now();
+        };
         automation = std::make_unique<LinuxAutomation>(LinuxAutomation::Surroundings{
-            .transport = {workspace, center, loop, [this] { return loop.now(); },
+            .transport = {workspace, center, loop, now,
                           [] {
                               return false;
                           }},
-            .bridge = {socket, host, folder.filePath(u"proc"_s)},
-            .identity =
-                ApplicationIdentity(entries, ::getpid(), u"own"_s, folder.filePath(u"proc"_s)),
+            .bridge = {socket, host, folder.path(u"proc"_s)},
+            .identity = ApplicationIdentity(entries, ::getpid(), u"own"_s, folder.path(u"proc"_s)),
             .load = [this](const QString& key) { return lists[key]; },
             .store = [this](const QString& key, const QStringList& list) { lists[key] = list; },
             .browsers = [] { return QStringList{u"chromium"_s}; },
             .name = [](const QString&) { return u"Chromium"_s; },
-            .preparation = BrowserPreparation({.home = folder.filePath(u"home"_s),
-                                               .configHome = folder.filePath(u"config"_s),
+            .preparation = BrowserPreparation({.home = folder.path(u"home"_s),
+                                               .configHome = folder.path(u"config"_s),
                                                .hostExecutable = host,
-                                               .packageFolder = folder.filePath(u"package"_s)}),
+                                               .packageFolder = folder.path(u"package"_s)}),
             .entries = entries,
             .display = {}});
     }
@@ -153,52 +127,33 @@ protected:
         }
     }
 
-    void write(const QString& name, const QByteArray& content) const {
-        const QString path = folder.filePath(name);
-        QDir().mkpath(QFileInfo(path).path());
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(content);
-    }
     /// The browser runs, and whoever calls the bridge was started by it.
     void launch() {
-        automation->launcher().openApplication(
-            folder.filePath(u"entries/chromium.desktop"_s), {}, [this] {
-                const auto instances = automation->runningApplications().instances(u"chromium"_s);
-                ASSERT_EQ(instances.size(), 1U);
-                process = instances.front().processIdentifier;
-            });
+        automation->launcher().openApplication(folder.path(u"entries/chromium.desktop"_s), {},
+                                               [this] {
+                                                   process = automation->runningApplications()
+                                                                 .instances(u"chromium"_s)
+                                                                 .at(0)
+                                                                 .processIdentifier;
+                                               });
         const QString own = u"proc/%1/"_s.arg(::getpid());
-        write(own + u"stat"_s, "1 (host) S " + QByteArray::number(process) + " 1");
-        QFile::link(host, folder.filePath(own + u"exe"_s));
+        folder.write(own + u"stat"_s, "1 (host) S " + QByteArray::number(process) + " 1");
+        folder.link(host, own + u"exe"_s);
     }
     int determine(bool askUser) {
         return automation->permission().determine(
             EventDescriptor::processIdentifier(static_cast<int>(process)), fourCharCode("core"),
             fourCharCode("getd"), askUser);
     }
-    static QString status() {
-        const auto* window = shown<AutomationWindow>();
-        return window ? texts(*window).value(2) : QString();
-    }
-    static void click(const QWidget* window, const QString& text) {
-        ASSERT_TRUE(window);
-        for (QPushButton* each : window->findChildren<QPushButton*>()) {
-            if (each->text() == text && each->isVisibleTo(window)) {
-                each->click();
-                return;
-            }
-        }
-        ADD_FAILURE() << qPrintable(text);
-    }
+    static QString status() { return texts<QLabel>(shown<AutomationWindow>()).value(2); }
 
-    const QTemporaryDir folder;
-    const QString socket = folder.filePath(u"runtime/browsers"_s);
+    const TemporaryFolder folder;
+    const QString socket = folder.path(u"runtime/browsers"_s);
     const QString host = u"/opt/orvanta/orvanta-browser-host"_s;
     HandMainLoop loop;
     FakeWorkspace workspace;
     NotificationCenter center;
-    DesktopEntries entries{{folder.filePath(u"entries"_s)}};
+    DesktopEntries entries{{folder.path(u"entries"_s)}};
     std::map<QString, QStringList> lists;
     std::unique_ptr<LinuxAutomation> automation;
     qint64 process = 0;
@@ -231,7 +186,7 @@ TEST_F(LinuxAutomationTest, TheWindowFollowsABrowserFromTheQuestionToItsConnecti
     click(window, u"Não permitir"_s);
     EXPECT_EQ(status(), u"Não permitido"_s);
     EXPECT_EQ(determine(true), AutomationPermission::refused);
-    EXPECT_EQ(QDir(folder.filePath(u"config/chromium"_s))
+    EXPECT_EQ(QDir(folder.path(u"config/chromium"_s))
                   .entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot),
               QStringList{u"Local State"_s})
         << "what was put into the browser is gone";
@@ -255,12 +210,13 @@ TEST_F(LinuxAutomationTest, ABrowserThatWasAgreedToAndDoesNotCallIsToldWhatIsLef
 
     EXPECT_EQ(determine(false), AutomationPermission::undecided);
     EXPECT_FALSE(shown<PermissionPrompt>());
-    QDir(folder.filePath(u"config/chromium/External Extensions"_s)).removeRecursively();
+    QDir(folder.path(u"config/chromium/External Extensions"_s)).removeRecursively();
     automation->showWindow();
     EXPECT_EQ(status(), u"Permitido · falta a extensão no navegador"_s);
     EXPECT_EQ(determine(true), AutomationPermission::undecided);
     ASSERT_TRUE(shown<PermissionPrompt>());
-    EXPECT_EQ(texts(*shown<PermissionPrompt>()).value(0), u"Reinicie o Chromium para concluir."_s);
+    EXPECT_EQ(texts<QLabel>(shown<PermissionPrompt>()).value(0),
+              u"Reinicie o Chromium para concluir."_s);
     shown<AutomationWindow>()->refresh();
     EXPECT_EQ(status(), u"Permitido · reinicie o navegador"_s);
     const Host connected(socket);

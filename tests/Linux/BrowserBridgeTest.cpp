@@ -1,92 +1,99 @@
 #include "Linux/BrowserBridge/BrowserBridge.h"
 
 #include "BrowserHostEnd.h"
-#include "Fakes/FakeWorkspace.h"
-#include "Fakes/HandMainLoop.h"
-#include "Fakes/QtPrinters.h"
 #include "Linux/BrowserBridge/BrowserTransport.h"
 #include "Linux/BrowserBridge/LinuxAutomationPermission.h"
+#include "Story.h"
+#include "Testing.h"
 
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
-
-#include <map>
-#include <memory>
-#include <vector>
 
 namespace orvanta {
 
 namespace {
 
-using namespace Qt::StringLiterals;
-
-class BrowserBridgeTest : public testing::Test {
+/// In a story a host's name says what its browser tells: its site, then + or - for the focus, then
+/// the question that it answers. What is asked for a browser's site is noted when it is answered.
+class BrowserBridgeTest : public Story {
 protected:
-    BrowserBridgeTest() { become(chromium); }
+    BrowserBridgeTest() {
+        become(chromium);
+        on(u"front"_s, [this](int process) {
+            const bool isOwn = process == 0;
+            const QString identifier =
+                isOwn ? workspace.ownBundleIdentifier() : QString::number(process);
+            workspace.front =
+                RunningApplication{identifier, identifier, {}, isOwn ? ::getpid() : process};
+            center.post(Notification::DidActivateApplication);
+        });
+        on(u"ask"_s, [this](int process) { ask(process); });
+        on(u"own"_s, [this](int isOpen) { isOwnWindowOpen = isOpen != 0; });
+        on(u"questions"_s, [this](int expected) {
+            int questions = 0;
+            for (const auto& host : hosts) {
+                questions += host->questions();
+            }
+            EXPECT_EQ(questions, expected);
+        });
+    }
 
     /// Whoever connects from now on was started by this process.
     void become(qint64 browser) {
-        const QString own = folder.filePath(u"proc/%1"_s.arg(::getpid()));
-        QDir().mkpath(own);
-        QFile::remove(own + u"/exe"_s);
-        QFile::link(hostExecutable, own + u"/exe"_s);
-        setStat("1 (a) b) S " + QByteArray::number(browser) + " 1 1");
+        isHost(hostExecutable, "1 (a) b) S " + QByteArray::number(browser) + " 1 1");
     }
-    void setStat(const QByteArray& content) {
-        QFile file(folder.filePath(u"proc/%1/stat"_s.arg(::getpid())));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(content);
+    void isHost(const QString& executable, const QByteArray& stat) const {
+        const QString own = u"proc/%1/"_s.arg(::getpid());
+        folder.link(executable, own + u"exe"_s);
+        folder.write(own + u"stat"_s, stat);
     }
-    void comeToTheFront(const QString& identifier, qint64 process) {
-        workspace.front = RunningApplication{identifier, identifier, {}, process};
-        center.post(Notification::DidActivateApplication);
+    void connect(const QString& name) {
+        auto* host = hosts.emplace_back(std::make_unique<Host>(socket)).get();
+        on<QString>(name, [host](const QString& said) {
+            const qsizetype focus = said.indexOf(QRegularExpression(u"[+-]"_s));
+            host->say(focus > 0 ? said.first(focus).toUtf8() : QByteArray(), said[focus] == u'+',
+                      said.sliced(focus + 1).toInt());
+        });
     }
     void open() {
         bridge = std::make_unique<BrowserBridge>(
-            BrowserBridge::Place{socket, hostExecutable, folder.filePath(u"proc"_s)},
+            BrowserBridge::Place{socket, hostExecutable, folder.path(u"proc"_s)},
             [this] { return loop.now(); }, [](qint64) { return true; });
+        const auto now = [this] {
+            return loop.now();
+        };
+        const auto isOpen = [this] {
+            return isOwnWindowOpen;
+        };
         transport = std::make_unique<BrowserTransport>(
-            *bridge,
-            BrowserTransport::Surroundings{workspace, center, loop, [this] { return loop.now(); },
-                                           [this] {
-                                               return isOwnWindowOpen;
-                                           }});
+            *bridge, BrowserTransport::Surroundings{workspace, center, loop, now, isOpen});
     }
-    void ask(qint64 process = chromium) {
+    void ask(int process) {
         const AppleEvent event{
             .eventClass = fourCharCode("core"),
             .eventID = fourCharCode("getd"),
-            .target = EventDescriptor::processIdentifier(static_cast<int>(process)),
+            .target = EventDescriptor::processIdentifier(process),
             .parameters = {{AppleEvent::directObject, EventDescriptor::record()}}};
-        transport->send(event, 0, AppleEventTransport::Duration(2),
-                        [this](const std::optional<AppleEvent>& reply) {
-                            const auto* address =
-                                reply ? reply->parameter(AppleEvent::directObject) : nullptr;
-                            answers.append(!reply    ? u"failed"_s
-                                           : address ? address->stringValue().value()
-                                                     : u"none"_s);
-                        });
-        settle();
+        const auto note = [this](const std::optional<AppleEvent>& reply) {
+            const auto* site = reply ? reply->parameter(AppleEvent::directObject) : nullptr;
+            noted += !reply ? u"failed"_s
+                     : site ? site->stringValue()->section(u'/', -1)
+                            : u"none"_s;
+        };
+        transport->send(event, 0, AppleEventTransport::Duration(2), note);
     }
-    QStringList taken() { return std::exchange(answers, {}); }
+    void settle() override { orvanta::settle(); }
 
-    static constexpr qint64 chromium = 4242;
-    static constexpr qint64 firefox = 77;
-    QTemporaryDir folder;
-    const QString socket = folder.filePath(u"runtime/browsers"_s);
+    static constexpr int chromium = 4242;
+    static constexpr int firefox = 77;
+    TemporaryFolder folder;
+    const QString socket = folder.path(u"runtime/browsers"_s);
     const QString hostExecutable = u"/opt/orvanta/orvanta-browser-host"_s;
-    HandMainLoop loop;
     FakeWorkspace workspace;
     NotificationCenter center;
     bool isOwnWindowOpen = false;
     std::unique_ptr<BrowserBridge> bridge;
     std::unique_ptr<BrowserTransport> transport;
-    QStringList answers;
+    std::vector<std::unique_ptr<Host>> hosts;
 };
 
 TEST_F(BrowserBridgeTest, OnlyTheHostsOfThisPersonsBrowsersAreLetIn) {
@@ -104,182 +111,91 @@ TEST_F(BrowserBridgeTest, OnlyTheHostsOfThisPersonsBrowsersAreLetIn) {
     ::stat(qPrintable(socket), &status);
     EXPECT_EQ(status.st_mode & 07777, 0600U);
 
-    const QString own = folder.filePath(u"proc/%1/exe"_s.arg(::getpid()));
+    const QString old = hostExecutable + u".old"_s;
+    const QString deleted = hostExecutable + u" (deleted)"_s;
     const struct {
         QString executable;
         QByteArray stat;
         bool isIn;
-    } rows[] = {
-        {hostExecutable, "1 (orvanta) S 4242 1", true},
-        {hostExecutable, "1 (a) S 7 (b)) S 4242 1", true},
-        {hostExecutable + u" (deleted)"_s, "1 (orvanta) S 4242 1", true},
-        {hostExecutable + u".old"_s, "1 (orvanta) S 4242 1", false},
-        {u"/usr/bin/python3"_s, "1 (orvanta) S 4242 1", false},
-        {QString(), "1 (orvanta) S 4242 1", false},
-        {hostExecutable, "1 (orvanta) S 1 1", false},
-        {hostExecutable, "garbage", false},
-        {hostExecutable, "", false},
-    };
+    } rows[] = {{hostExecutable, "1 (orvanta) S 4242 1", true},
+                {hostExecutable, "1 (a) S 7 (b)) S 4242 1", true},
+                {deleted, "1 (orvanta) S 4242 1", true},
+                {old, "1 (orvanta) S 4242 1", false},
+                {u"/usr/bin/python3"_s, "1 (orvanta) S 4242 1", false},
+                {u"/"_s, "1 (orvanta) S 4242 1", false},
+                {hostExecutable, "1 (orvanta) S 1 1", false},
+                {hostExecutable, "garbage", false},
+                {hostExecutable, "", false}};
     for (const auto& [executable, stat, isIn] : rows) {
-        QFile::remove(own);
-        if (!executable.isEmpty()) {
-            QFile::link(executable, own);
-        }
-        setStat(stat);
+        isHost(executable, stat);
         Host host(socket);
         EXPECT_EQ(host.isClosed(), !isIn) << qPrintable(executable) << stat.constData();
         EXPECT_EQ(bridge->connections(chromium).size(), isIn ? 1U : 0U);
     }
+    QFile::remove(folder.path(u"proc/%1/exe"_s.arg(::getpid())));
+    EXPECT_TRUE(Host(socket).isClosed());
 }
 
 TEST_F(BrowserBridgeTest, APlaceThatIsTakenStaysAsItIs) {
-    const auto problemAt = [this](const QString& path) {
+    folder.write(u"file"_s, "theirs");
+    for (const QString& path :
+         {folder.path(u"file"_s), folder.path(), folder.path(u"file/browsers"_s),
+          folder.path(QString(200, u'x')), QString()}) {
         const BrowserBridge taken(
             {path, hostExecutable}, [] { return 0.0; }, [](qint64) { return true; });
         EXPECT_FALSE(taken.isListening());
-        return taken.problem();
-    };
-    QFile file(folder.filePath(u"file"_s));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    EXPECT_FALSE(problemAt(file.fileName()).isEmpty());
-    EXPECT_FALSE(problemAt(folder.path()).isEmpty());
-    EXPECT_FALSE(problemAt(file.fileName() + u"/browsers"_s).isEmpty());
-    EXPECT_FALSE(problemAt(folder.filePath(QString(200, u'x'))).isEmpty());
-    EXPECT_FALSE(problemAt(QString()).isEmpty());
-    EXPECT_TRUE(QFile::exists(file.fileName()));
+        EXPECT_FALSE(taken.problem().isEmpty()) << qPrintable(path);
+    }
+    EXPECT_EQ(folder.read(u"file"_s), "theirs");
 }
 
 TEST_F(BrowserBridgeTest, ABrowserIsAskedOnlyWhenItsStateMayBeOld) {
     open();
-    comeToTheFront(u"chromium"_s, chromium);
-    ask();
-    EXPECT_EQ(taken(), QStringList{u"failed"_s}) << "nobody is connected";
-
-    Host host(socket);
-    loop.advance(10.0);
-    ask();
-    EXPECT_EQ(host.questions(), 1);
-    host.say("https://a.org", true, 1);
-    EXPECT_EQ(taken(), QStringList{u"https://a.org"_s});
+    play(u"front=4242 ask=4242 [failed]"_s); // Nobody is connected.
+    connect(u"host"_s);
+    play(u"10s ask=4242 questions=1 host=https://a.org+1 [a.org]"_s);
     for (int second = 0; second < 59; ++second) {
-        loop.advance(1.0);
-        ask();
+        play(u"1s ask=4242 [a.org]"_s);
     }
-    EXPECT_EQ(taken().count(u"https://a.org"_s), 59);
-    EXPECT_EQ(host.questions(), 0);
-    loop.advance(1.0);
-    ask(); // A sign of life.
-    EXPECT_EQ(host.questions(), 1);
-    host.say("https://b.org", true, 2);
-    EXPECT_EQ(taken(), QStringList{u"https://b.org"_s});
-    host.say("https://c.org", true);
-    ask();
-    EXPECT_EQ(taken(), QStringList{u"https://c.org"_s});
-    host.say(nullptr, true); // On the way from site to site, or at a page of the browser's own.
-    ask();
-    host.say("https://b.org", true);
-    EXPECT_EQ(taken(), QStringList{u"https://b.org"_s});
-    host.say(nullptr, true);
-    ask();
-    loop.advance(0.4);
-    EXPECT_TRUE(answers.isEmpty());
-    loop.advance(0.1);
-    EXPECT_EQ(taken(), QStringList{u"none"_s});
-
-    comeToTheFront(u"xterm"_s, 1);
-    loop.advance(1.0);
-    host.say("https://d.org", false);
-    loop.advance(1.0);
-    comeToTheFront(u"chromium"_s, chromium);
-    ask();
-    EXPECT_EQ(host.questions(), 1);
-    loop.advance(1.9);
-    EXPECT_TRUE(answers.isEmpty());
-    loop.advance(0.1);
-    EXPECT_EQ(taken(), QStringList{u"failed"_s});
-    ask(); // Frozen: asked anew, once a read.
-    EXPECT_EQ(host.questions(), 1);
-    host.say("https://d.org", true, 3); // Late, and as good.
-    EXPECT_EQ(taken(), QStringList{u"https://d.org"_s});
+    // A sign of life, then no site: on the way to another, or at a page of the browser's own.
+    play(u"questions=0 1s ask=4242 questions=1 host=https://b.org+2 [b.org] "
+         "host=https://c.org+ ask=4242 [c.org] host=+ ask=4242 host=https://b.org+ [b.org] "
+         "host=+ ask=4242 0.4s [] 0.1s [none]"_s);
+    // Frozen: asked anew, once a read. A late answer is as good.
+    play(u"front=1 1s host=https://d.org- 1s front=4242 ask=4242 questions=1 1.9s [] 0.1s [failed] "
+         "ask=4242 questions=1 host=https://d.org+3 [d.org]"_s);
     EXPECT_EQ(loop.armedCount(), 0U);
 }
 
 TEST_F(BrowserBridgeTest, TheWindowThatHadTheFocusLastAnswersForAllProfiles) {
     open();
-    comeToTheFront(u"chromium"_s, chromium);
-    Host first(socket);
-    Host second(socket);
+    connect(u"first"_s);
+    connect(u"second"_s);
     become(firefox);
-    Host other(socket);
-    first.say("https://first.org", true);
-    second.say("https://second.org", false);
-    other.say("https://other.org", true);
-    ask();
-    ask(firefox);
-    EXPECT_EQ(taken(), (QStringList{u"https://first.org"_s, u"https://other.org"_s}));
-
-    loop.advance(5.0);
-    first.say("https://first.org", false); // The other profile's window comes to the front.
-    ask();
-    EXPECT_TRUE(answers.isEmpty());
-    loop.advance(0.3);
-    second.say("https://second.org", true);
-    EXPECT_EQ(taken(), QStringList{u"https://second.org"_s});
-
-    const auto taking = [this] {
-        ask();
-        return taken();
-    };
-    loop.advance(5.0);
-    isOwnWindowOpen = true;
-    second.say("https://second.org", false);
-    EXPECT_EQ(taking(), QStringList{u"https://second.org"_s});
-    comeToTheFront(workspace.ownBundleIdentifier(), ::getpid());
-    EXPECT_EQ(taking(), QStringList{u"https://second.org"_s});
-    isOwnWindowOpen = false;
-    second.say("https://second.org", true);
-
-    loop.advance(5.0);
-    second.say("https://second.org", false); // A private window.
-    ask();
-    loop.advance(0.4);
-    EXPECT_TRUE(answers.isEmpty());
-    loop.advance(0.1);
-    EXPECT_EQ(taken(), QStringList{u"none"_s});
-    EXPECT_EQ(taking(), QStringList{u"none"_s}) << "and from then on at once";
-    isOwnWindowOpen = true;
-    EXPECT_EQ(taking(), QStringList{u"none"_s}) << "also behind a window of ours";
-    EXPECT_EQ(first.questions() + second.questions() + other.questions(), 0);
-
-    isOwnWindowOpen = false;
-    comeToTheFront(u"chromium"_s, chromium);
-    loop.advance(1.0);
-    comeToTheFront(u"chromium"_s, chromium);
-    ask();
-    EXPECT_EQ(first.questions() + second.questions(), 2);
-    first.say("https://first.org", false, 1);
-    second.say("https://late.org", true); // One with the focus is enough.
-    EXPECT_EQ(taken(), QStringList{u"https://late.org"_s});
+    connect(u"other"_s);
+    play(u"front=4242 first=https://first.org+ second=https://second.org- other=https://other.org+ "
+         "ask=4242 ask=77 [first.org other.org]"_s);
+    // The other profile's window comes to the front.
+    play(u"5s first=https://first.org- ask=4242 [] 0.3s second=https://second.org+ [second.org]"_s);
+    // A window of ours, then a private one; from then on at once, also behind a window of ours.
+    play(u"5s own=1 second=https://second.org- ask=4242 [second.org] front=0 ask=4242 [second.org] "
+         "own=0 second=https://second.org+ 5s second=https://second.org- ask=4242 0.4s [] 0.1s "
+         "[none] "
+         "ask=4242 [none] own=1 ask=4242 [none] questions=0"_s);
+    // One with the focus is enough.
+    play(u"own=0 front=4242 1s front=4242 ask=4242 questions=2 first=https://first.org-1 [] "
+         "second=https://late.org+ [late.org]"_s);
 }
 
 TEST_F(BrowserBridgeTest, BadBytesEndTheirConnectionAndNoOther) {
     open();
-    comeToTheFront(u"chromium"_s, chromium);
-    Host good(socket);
-    good.say("https://a.org", true);
+    connect(u"good"_s);
+    play(u"front=4242 good=https://a.org+"_s);
     const QByteArray message = "{\"v\":1,\"origin\":null,\"focused\":true}";
-    const QByteArray rows[] = {
-        QByteArray(4, '\0'),
-        QByteArray(4, '\xff'),
-        "\3\0\0\0{\xff}"_ba,
-        "\2\0\0\0{}"_ba,
-        "\7\0\0\0{\"v\":2}"_ba,
-        [&message] {
-            const FrameHeader header = frameHeader(static_cast<std::size_t>(message.size()));
-            return (QByteArray(header.data(), header.size()) + message).repeated(200);
-        }(),
-    };
-    for (const QByteArray& bytes : rows) {
+    const FrameHeader header = frameHeader(std::size_t(message.size()));
+    const QByteArray flood = (QByteArray(header.data(), header.size()) + message).repeated(200);
+    for (const QByteArray& bytes :
+         {QByteArray(4, '\0'), QByteArray(4, '\xff'), "\2\0\0\0{}"_ba, flood}) {
         Host bad(socket);
         loop.advance(1.0);
         bad.send(bytes);
@@ -287,17 +203,15 @@ TEST_F(BrowserBridgeTest, BadBytesEndTheirConnectionAndNoOther) {
         EXPECT_FALSE(bridge->problem().isEmpty());
         EXPECT_EQ(bridge->connections(chromium).size(), 1U);
     }
-    ask();
-    EXPECT_EQ(taken(), QStringList{u"https://a.org"_s});
+    play(u"ask=4242 [a.org]"_s);
 
     become(firefox);
     {
         Host leaving(socket);
-        ask(firefox);
+        play(u"ask=77"_s);
         leaving.send("\x9\0\0"_ba); // In the middle of a frame.
     }
-    settle();
-    EXPECT_EQ(taken(), QStringList{u"failed"_s});
+    play(u"[failed]"_s);
     {
         std::vector<std::unique_ptr<Host>> crowd;
         for (int i = 0; i < 70; ++i) {
@@ -306,25 +220,28 @@ TEST_F(BrowserBridgeTest, BadBytesEndTheirConnectionAndNoOther) {
         EXPECT_EQ(bridge->connections(firefox).size(), 63U);
     }
     settle();
-    EXPECT_EQ(bridge->browserProcesses(), std::vector{chromium});
+    EXPECT_EQ(bridge->browserProcesses(), std::vector<qint64>{chromium});
 }
 
 TEST_F(BrowserBridgeTest, ADecisionIsKeptAndAllowsOnceTheBrowserHasBeenConnected) {
     open();
     std::map<QString, QStringList> lists;
     QStringList asked;
+    const auto load = [&](const QString& key) {
+        return lists[key];
+    };
+    const auto store = [&](const QString& key, const QStringList& list) {
+        lists[key] = list;
+    };
+    const auto note = [&](const QString& identifier) {
+        asked.append(identifier);
+    };
+    const auto identify = [](qint64 process) {
+        return process == chromium ? u"chromium"_s : u"firefox-esr"_s;
+    };
     const auto make = [&] {
         return std::make_unique<LinuxAutomationPermission>(
-            *bridge,
-            LinuxAutomationPermission::Surroundings{
-                [&lists](const QString& key) { return lists[key]; },
-                [&lists](const QString& key, const QStringList& list) { lists[key] = list; },
-                [&asked](const QString& identifier) { asked.append(identifier); },
-                [](qint64 process) {
-                    return process == chromium  ? u"chromium"_s
-                           : process == firefox ? u"firefox-esr"_s
-                                                : QString();
-                }});
+            *bridge, LinuxAutomationPermission::Surroundings{load, store, note, identify});
     };
     auto permission = make();
     const auto determine = [&permission](qint64 process, bool askUser) {

@@ -1,17 +1,11 @@
 #pragma once
 
 #include "Linux/BrowserBridge/FrameReader.h"
+#include "Testing.h"
 
-#include <QByteArray>
-#include <QCoreApplication>
-#include <QFile>
-#include <QString>
-
-#include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <unistd.h>
 
 #include <algorithm>
 
@@ -48,9 +42,8 @@ public:
         const FrameHeader header = frameHeader(static_cast<std::size_t>(json.size()));
         send(QByteArray(header.data(), header.size()) + json);
     }
-    void say(const char* origin, bool focused, int answer = 0) {
-        say(QByteArray("{\"v\":1,\"origin\":") +
-            (origin ? '"' + QByteArray(origin) + '"' : "null") +
+    void say(const QByteArray& origin, bool focused, int answer = 0) {
+        say(QByteArray("{\"v\":1,\"origin\":") + (origin.isEmpty() ? "null" : '"' + origin + '"') +
             ",\"focused\":" + (focused ? "true" : "false") +
             (answer != 0 ? ",\"answer\":" + QByteArray::number(answer) : QByteArray()) + '}');
     }

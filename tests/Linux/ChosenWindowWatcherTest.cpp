@@ -1,25 +1,29 @@
 #include "Linux/Windows/ChosenWindowWatcher.h"
 
-#include "Fakes/HandMainLoop.h"
-#include "Fakes/QtPrinters.h"
+#include "Story.h"
+#include "Testing.h"
 
-#include <QCoreApplication>
 #include <QPointer>
-
-#include <gmock/gmock.h>
 
 using namespace orvanta;
 using State = WindowWatcher::State;
 
 namespace {
 
+const std::map<QString, State> states{
+    {u"waiting"_s, State::Waiting},         {u"watching"_s, State::Watching},
+    {u"unsupported"_s, State::Unsupported}, {u"permission"_s, State::NeedsPermission},
+    {u"login"_s, State::NeedsLogin},        {u"ended"_s, State::Ended}};
+
 class HandWatcher final : public WindowWatcher {
 public:
-    explicit HandWatcher(State state)
-        : WindowWatcher(state) {}
-    void show(const char* wmClass) {
+    HandWatcher(State state, const QString& name)
+        : WindowWatcher(state) {
+        show(name);
+    }
+    void show(const QString& wmClass) {
         Window window;
-        window.wmClass = QString::fromLatin1(wmClass);
+        window.wmClass = wmClass;
         setActiveWindow(window);
     }
     void becomes(State state) {
@@ -27,7 +31,6 @@ public:
             setActiveWindow(std::nullopt);
         }
         setState(state);
-        QCoreApplication::processEvents();
     }
     std::optional<QString> allow() override {
         setState(State::NeedsLogin);
@@ -35,85 +38,63 @@ public:
     }
 };
 
-class ChosenWindowWatcherTest : public testing::Test {
+/// Of two that show their names; with a question mark stands the state in which one begins.
+class ChosenWindowWatcherTest : public Story {
 protected:
-    /// One that shows its name and begins in the state below.
-    ChosenWindowWatcher::Candidate candidate(size_t number) {
-        return [this, number] {
-            auto hand = std::make_unique<HandWatcher>(begin[number]);
-            hand->show(number == 0 ? "first" : "second");
-            made[number] = hand.get();
+    ChosenWindowWatcherTest() {
+        for (const size_t i : {0U, 1U}) {
+            on<QString>(names[i],
+                        [=, this](const QString& is) { made[i]->becomes(states.at(is)); });
+            on<QString>(names[i] + u'?',
+                        [=, this](const QString& is) { begin[i] = states.at(is); });
+        }
+        on<QString>(u"shows"_s, [this](const QString& name) { made[1]->show(name); });
+        on(u"again"_s, [this](int) { watcher.chooseAgain(); });
+        on(u"allow"_s, [this](int) { watcher.allow(); });
+        on(u"timers"_s, [this](int count) { EXPECT_EQ(loop.armedCount(), count); });
+        on(u"alive"_s, [this](int i) { EXPECT_TRUE(made[i] && !made[1 - i]); });
+        on(u"look"_s, [this](int) {
+            const auto state =
+                std::ranges::find(states, watcher.state(), &decltype(states)::value_type::second);
+            noted += state->first + u':' +
+                     (watcher.activeWindow() ? watcher.activeWindow()->wmClass : u"none"_s);
+        });
+    }
+
+    ChosenWindowWatcher::Candidate candidate(size_t i) {
+        return [this, i] {
+            auto hand = std::make_unique<HandWatcher>(begin[i], names[i]);
+            made[i] = hand.get();
             return hand;
         };
     }
-    std::string active() const {
-        return watcher.activeWindow() ? watcher.activeWindow()->wmClass.toStdString() : "none";
-    }
+    void settle() override { QCoreApplication::processEvents(); }
 
-    HandMainLoop loop;
+    const std::array<QString, 2> names{u"first"_s, u"second"_s};
     std::array<State, 2> begin{State::Waiting, State::Waiting};
     std::array<QPointer<HandWatcher>, 2> made;
     ChosenWindowWatcher watcher{{candidate(0), candidate(1)}, loop};
 };
 
 TEST_F(ChosenWindowWatcherTest, TheBestThatAnswersIsChosenAndABetterOneIsWaitedForBriefly) {
-    begin[1] = State::Watching;
-    loop.advance(1.9);
-    EXPECT_EQ(watcher.state(), State::Waiting);
-    EXPECT_TRUE(made[1].isNull());
-    loop.advance(0.1);
-    EXPECT_EQ(watcher.state(), State::Watching);
-    EXPECT_EQ(active(), "second");
-    EXPECT_TRUE(made[0].isNull());
-    EXPECT_EQ(loop.armedCount(), 0U);
-    made[1]->show("another");
-    EXPECT_EQ(active(), "another");
-    watcher.chooseAgain(); // It answers: nothing to choose.
-    EXPECT_EQ(active(), "another");
+    play(u"second?=watching 1.9s look alive=0 [waiting:none] 0.1s look alive=1 [watching:second] "
+         "timers=0 shows=another again look [watching:another]"_s);
 }
 
 TEST_F(ChosenWindowWatcherTest, WhereNoneAnswersItSaysSoAndALateAnswerIsWelcome) {
-    made[0]->becomes(State::Unsupported);
-    EXPECT_EQ(watcher.state(), State::Waiting);
-    loop.advance(2);
-    EXPECT_EQ(watcher.state(), State::Unsupported);
-    made[1]->becomes(State::Watching);
-    EXPECT_EQ(watcher.state(), State::Watching);
-    EXPECT_EQ(active(), "second");
+    play(u"first=unsupported look [waiting:none] 2s look [unsupported:none] second=watching "
+         "look [watching:second]"_s);
 }
 
 TEST_F(ChosenWindowWatcherTest, OneThatWaitsForThePersonSaysSoWhereNoOtherAnswers) {
-    begin[1] = State::NeedsPermission;
-    made[0]->becomes(State::Unsupported);
-    EXPECT_EQ(watcher.state(), State::NeedsPermission);
-    watcher.allow();
-    QCoreApplication::processEvents();
-    EXPECT_EQ(watcher.state(), State::NeedsLogin);
-    made[1]->becomes(State::Watching);
-    EXPECT_EQ(watcher.state(), State::Watching);
+    play(u"second?=permission first=unsupported look [permission:none] allow look [login:none] "
+         "second=watching look [watching:second]"_s);
 }
 
 TEST_F(ChosenWindowWatcherTest, WhenTheChosenOneEndsAllAreAskedAnew) {
-    made[0]->becomes(State::Watching);
-    ASSERT_EQ(active(), "first");
-    begin = {State::Unsupported, State::Watching};
-    made[0]->becomes(State::Ended);
-    EXPECT_EQ(active(), "none");
-    EXPECT_EQ(watcher.state(), State::Waiting);
-    loop.advance(1);
-    EXPECT_EQ(active(), "second");
-
-    // Nobody is left: the display has gone.
-    begin = {State::Unsupported, State::Unsupported};
-    made[1]->becomes(State::Ended);
-    loop.advance(1);
-    EXPECT_EQ(watcher.state(), State::Ended);
-    EXPECT_EQ(loop.armedCount(), 0U);
-
-    // A resume.
-    begin = {State::Watching, State::Unsupported};
-    watcher.chooseAgain();
-    EXPECT_EQ(active(), "first");
+    play(u"first=watching look [watching:first] first?=unsupported second?=watching first=ended "
+         "look [waiting:none] 1s look [watching:second] second?=unsupported second=ended 1s "
+         "look [ended:none] timers=0 first?=watching again look [watching:first]"_s);
 }
 
 } // namespace

@@ -1,18 +1,15 @@
 #pragma once
 
-#include <QByteArray>
-#include <QFile>
+#include "Testing.h"
+
 #include <QSocketNotifier>
-#include <QTemporaryDir>
 
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <wayland-server.h>
 
 #include <cstring>
-#include <memory>
 #include <stdexcept>
-#include <vector>
 
 namespace orvanta {
 

@@ -1,19 +1,10 @@
 #include "Linux/Presence/DayChange.h"
 
-#include "Eventually.h"
+#include "Testing.h"
 
 #include <QDateTime>
-#include <QFile>
-#include <QTemporaryDir>
-
-#include <gmock/gmock.h>
-#include <unistd.h>
-
-#include <string>
-#include <vector>
 
 using namespace orvanta;
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -29,23 +20,22 @@ TEST(NextDayTest, IsTheFirstMomentOfALaterDate) {
         QString now;
         QString next;
     };
-    for (const Row& row : {
-             Row{"UTC", u"2024-02-28T23:59:59Z"_s, u"2024-02-29T00:00:00Z"_s},
-             {"America/Sao_Paulo", u"2024-06-01T02:59:59Z"_s, u"2024-06-01T03:00:00Z"_s},
-             {"America/Sao_Paulo", u"2024-06-01T03:00:00Z"_s, u"2024-06-02T03:00:00Z"_s},
-             // Midnight is skipped: 23:59:59 is followed by 01:00.
-             {"America/Sao_Paulo", u"2018-11-03T12:00:00Z"_s, u"2018-11-04T03:00:00Z"_s},
-             // 23:59:59 is followed by 23:00 of the same day.
-             {"America/Sao_Paulo", u"2018-02-17T12:00:00Z"_s, u"2018-02-18T03:00:00Z"_s},
-             {"America/Sao_Paulo", u"2018-02-18T02:30:00Z"_s, u"2018-02-18T03:00:00Z"_s},
-             // A day of 25 hours, changed in the small hours.
-             {"Europe/Lisbon", u"2024-10-26T23:00:00Z"_s, u"2024-10-28T00:00:00Z"_s},
-             // Midnight comes twice: the first counts, and the second begins no day.
-             {"Atlantic/Azores", u"2024-10-26T12:00:00Z"_s, u"2024-10-27T00:00:00Z"_s},
-             {"Atlantic/Azores", u"2024-10-27T00:30:00Z"_s, u"2024-10-28T01:00:00Z"_s},
-             // A whole day is skipped.
-             {"Pacific/Apia", u"2011-12-30T09:00:00Z"_s, u"2011-12-30T10:00:00Z"_s},
-         }) {
+    for (const Row& row :
+         {Row{"UTC", u"2024-02-28T23:59:59Z"_s, u"2024-02-29T00:00:00Z"_s},
+          {"America/Sao_Paulo", u"2024-06-01T02:59:59Z"_s, u"2024-06-01T03:00:00Z"_s},
+          {"America/Sao_Paulo", u"2024-06-01T03:00:00Z"_s, u"2024-06-02T03:00:00Z"_s},
+          // Midnight is skipped: 23:59:59 is followed by 01:00.
+          {"America/Sao_Paulo", u"2018-11-03T12:00:00Z"_s, u"2018-11-04T03:00:00Z"_s},
+          // 23:59:59 is followed by 23:00 of the same day.
+          {"America/Sao_Paulo", u"2018-02-17T12:00:00Z"_s, u"2018-02-18T03:00:00Z"_s},
+          {"America/Sao_Paulo", u"2018-02-18T02:30:00Z"_s, u"2018-02-18T03:00:00Z"_s},
+          // A day of 25 hours, changed in the small hours.
+          {"Europe/Lisbon", u"2024-10-26T23:00:00Z"_s, u"2024-10-28T00:00:00Z"_s},
+          // Midnight comes twice: the first counts, and the second begins no day.
+          {"Atlantic/Azores", u"2024-10-26T12:00:00Z"_s, u"2024-10-27T00:00:00Z"_s},
+          {"Atlantic/Azores", u"2024-10-27T00:30:00Z"_s, u"2024-10-28T01:00:00Z"_s},
+          // A whole day is skipped.
+          {"Pacific/Apia", u"2011-12-30T09:00:00Z"_s, u"2011-12-30T10:00:00Z"_s}}) {
         EXPECT_EQ(nextDay(utc(row.now), QTimeZone(row.zone)), utc(row.next))
             << row.zone << ' ' << qPrintable(row.now);
     }
@@ -67,8 +57,8 @@ TEST(DayChangeTest, MidnightComesByTheKernelsClock) {
 }
 
 TEST(DayChangeTest, ANewZoneIsToldBeforeTheDayIsAnother) {
-    const QTemporaryDir directory;
-    const QString file = directory.filePath(u"localtime"_s);
+    const TemporaryFolder directory;
+    const QString file = directory.path(u"localtime"_s);
     QTimeZone zone("Asia/Tokyo");
     // As timedatectl does it.
     const auto link = [&](const QByteArray& name) {

@@ -1,13 +1,9 @@
 #include "Linux/Applications/DesktopEntries.h"
 
-#include "Applications.h"
-#include "Fakes/QtPrinters.h"
+#include "Testing.h"
 
 #include <fcntl.h>
-#include <gmock/gmock.h>
 #include <sys/stat.h>
-
-#include <array>
 
 using namespace orvanta;
 using Key = DesktopEntries::Key;
@@ -43,28 +39,23 @@ TEST_F(DesktopEntriesTest, EachKeyFindsTheOneEntryThatItMeans) {
     system.writeEntry(u"a-helper"_s, "StartupWMClass=App\nNoDisplay=true\n");
     system.writeEntry(u"b-app"_s, "StartupWMClass=App\n");
     system.writeEntry(u"c-lonely"_s, "StartupWMClass=Lonely\nNoDisplay=true\n");
-    struct Row {
-        Key key;
-        QString text;
-        QString id;
-    };
-    for (const Row& row : {Row{Key::Id, u"org.Example.Paint"_s, u"org.Example.Paint"_s},
-                           {Key::FoldedId, u"ORG.example.paint"_s, u"org.Example.Paint"_s},
-                           {Key::LastIdComponent, u"pAINT"_s, u"org.Example.Paint"_s},
-                           {Key::StartupWmClass, u"Painter"_s, u"org.Example.Paint"_s},
-                           {Key::ExecutableBasename, u"cat"_s, u"org.Example.Paint"_s},
-                           {Key::Id, u"org.example.paint"_s, {}},
-                           {Key::StartupWmClass, u"painter"_s, {}},
-                           {Key::StartupWmClass, {}, {}},
-                           {Key::ExecutableBasename, {}, {}},
-                           // What several share identifies none, nor does an interpreter.
-                           {Key::LastIdComponent, u"terminal"_s, {}},
-                           {Key::ExecutableBasename, u"ls"_s, {}},
-                           {Key::ExecutableBasename, u"sh"_s, {}},
-                           // One in the menu precedes a helper.
-                           {Key::StartupWmClass, u"App"_s, u"b-app"_s},
-                           {Key::StartupWmClass, u"Lonely"_s, u"c-lonely"_s}}) {
-        EXPECT_EQ(idOf(row.key, row.text), row.id) << qPrintable(row.text);
+    const std::map<Key, std::vector<std::pair<const char*, const char*>>> rows{
+        {Key::Id, {{"org.Example.Paint", "org.Example.Paint"}, {"org.example.paint", ""}}},
+        {Key::FoldedId, {{"ORG.example.paint", "org.Example.Paint"}}},
+        // What several share identifies none, nor does an interpreter.
+        {Key::LastIdComponent, {{"pAINT", "org.Example.Paint"}, {"terminal", ""}}},
+        {Key::ExecutableBasename, {{"cat", "org.Example.Paint"}, {"", ""}, {"ls", ""}, {"sh", ""}}},
+        // One in the menu precedes a helper.
+        {Key::StartupWmClass,
+         {{"Painter", "org.Example.Paint"},
+          {"painter", ""},
+          {"", ""},
+          {"App", "b-app"},
+          {"Lonely", "c-lonely"}}}};
+    for (const auto& [key, texts] : rows) {
+        for (const auto& [text, id] : texts) {
+            EXPECT_EQ(idOf(key, QString::fromUtf8(text)), QString::fromUtf8(id)) << text;
+        }
     }
 }
 
@@ -89,8 +80,8 @@ TEST_F(DesktopEntriesTest, WhatCannotBeStartedOrReadIsPassedOver) {
     system.writeEntry(u"no-command"_s, "Exec=\"unclosed\n");
     system.write(u"link.desktop"_s, "[Desktop Entry]\nType=Link\nName=Link\nURL=http://a.test\n");
     system.write(u"folder.desktop/inside.desktop"_s, "x");
-    QFile::link(u"/no/such/file"_s, system.path(u"dangling.desktop"_s));
-    QFile::link(system.path(), system.path(u"loop"_s));
+    system.link(u"/no/such/file"_s, u"dangling.desktop"_s);
+    system.link(system.path(), u"loop"_s);
     ASSERT_EQ(::mkfifo(qPrintable(system.path(u"pipe.desktop"_s)), 0600), 0);
     system.write(u"empty.desktop"_s, "");
     system.write(u"binary.desktop"_s, QByteArray("\0\xff[Desktop Entry]\0\n", 19));

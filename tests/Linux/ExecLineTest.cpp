@@ -1,15 +1,11 @@
 #include "Linux/Applications/ExecLine.h"
 
-#include "Fakes/QtPrinters.h"
 #include "Linux/Applications/KeyFile.h"
-
-#include <gtest/gtest.h>
+#include "Testing.h"
 
 namespace orvanta {
 
 namespace {
-
-using namespace Qt::StringLiterals;
 
 TEST(ExecLineTest, FieldCodesAreExpandedWordByWord) {
     const ExecFields fields{u"the icon"_s, u"O Nome"_s, u"/a b/x.desktop"_s};

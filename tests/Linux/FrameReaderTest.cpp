@@ -1,11 +1,9 @@
 #include "Linux/BrowserBridge/FrameReader.h"
 
-#include <gtest/gtest.h>
+#include "Testing.h"
 
 #include <bit>
 #include <random>
-#include <string>
-#include <vector>
 
 namespace orvanta {
 
@@ -42,18 +40,16 @@ std::vector<std::string> read(FrameReader& reader, std::string_view bytes,
 TEST(FrameReader, FindsTheSameFramesHoweverTheBytesAreCut) {
     const std::vector<std::string> texts{"{}", std::string(1, '\0'), std::string(300, 'x'), "last"};
     std::string bytes;
+    std::vector<std::size_t> everywhere;
     for (const std::string& text : texts) {
         bytes += frame(text);
     }
     for (std::size_t first = 0; first <= bytes.size(); ++first) {
+        everywhere.push_back(first);
         for (std::size_t second = first; second <= bytes.size(); ++second) {
             FrameReader reader;
             ASSERT_EQ(read(reader, bytes, {first, second}), texts) << first << ", " << second;
         }
-    }
-    std::vector<std::size_t> everywhere(bytes.size());
-    for (std::size_t at = 0; at < everywhere.size(); ++at) {
-        everywhere[at] = at;
     }
     FrameReader reader;
     EXPECT_EQ(read(reader, bytes, everywhere), texts);
@@ -70,21 +66,15 @@ TEST(FrameReader, TakesEveryLengthUpToTheLongest) {
 }
 
 TEST(FrameReader, EndsAtALengthThatNoFrameHas) {
-    struct Row {
-        std::uint32_t length;
-        FrameReader::Error error;
-    };
-    for (const Row& row :
-         {Row{0, FrameReader::Error::Empty}, Row{4097, FrameReader::Error::TooLong},
-          Row{0x7b226f72, FrameReader::Error::TooLong},
-          Row{0xffffffff, FrameReader::Error::TooLong}}) {
-        const auto header = std::bit_cast<FrameHeader>(row.length);
+    for (const std::uint32_t length : {0U, 4097U, 0x7b226f72U, 0xffffffffU}) {
+        const auto header = std::bit_cast<FrameHeader>(length);
         const std::string bytes =
             frame("before") + std::string(header.data(), header.size()) + frame("behind");
         for (std::size_t cut = 0; cut <= bytes.size(); ++cut) {
             FrameReader reader;
             EXPECT_EQ(read(reader, bytes, {cut}), std::vector<std::string>{"before"});
-            EXPECT_EQ(reader.error(), row.error) << row.length;
+            EXPECT_EQ(reader.error(),
+                      length == 0 ? FrameReader::Error::Empty : FrameReader::Error::TooLong);
             EXPECT_FALSE(reader.errorText().empty());
             // Also what would be a frame is none any more.
             EXPECT_TRUE(read(reader, frame("later"), {}).empty());

@@ -1,102 +1,100 @@
 #include "Linux/Windows/KWinScriptWatcher.h"
 
-#include "Fakes/HandMainLoop.h"
-#include "Fakes/QtPrinters.h"
 #include "PrivateBus.h"
-
-#include <QFile>
-#include <QTemporaryDir>
-
-#include <gmock/gmock.h>
+#include "Testing.h"
+#include "WatcherContract.h"
 
 using namespace orvanta;
-using State = WindowWatcher::State;
 
 namespace {
 
-class KWinScriptWatcherTest : public testing::Test {
+class KWinScriptRoute : public WatcherRoute {
 protected:
-    /// Which gives its scripts this number.
-    std::unique_ptr<FakeService> startKWin(int script) {
-        auto kwin = std::make_unique<FakeService>(bus);
+    /// A KWin that gives its scripts this number.
+    void startKWin(int script = 0) {
+        kwin = std::make_unique<FakeService>(bus);
         kwin->on(u"unloadScript"_s, true);
         kwin->on(u"loadScript"_s, script);
         kwin->on(u"start"_s, [](const QDBusMessage&) { return QVariantList(); });
         kwin->own(u"org.kde.KWin"_s);
-        return kwin;
     }
-    void start() {
-        watcher = std::make_unique<KWinScriptWatcher>(session, loop, folder.filePath(u"runtime"_s));
+    void start(const QString& place = u"runtime"_s) {
+        watcher = std::make_unique<KWinScriptWatcher>(session, loop, folder.path(place));
     }
-    bool becomes(State state) const {
-        return eventually([&] { return watcher->state() == state; });
+    bool isLoaded() {
+        return eventually([&] {
+            loop.advance(1);
+            return kwin->calls(u"start"_s) == 1;
+        });
+    }
+    void watch() {
+        startKWin();
+        start();
+        ASSERT_TRUE(isLoaded());
+        EXPECT_EQ(watcher->state(), State::Waiting);
+        show(u"none"_s);
+        ASSERT_EQ(watcher->state(), State::Watching);
+    }
+    void tell(const FakeService& who, const QStringList& words) const {
+        tell(who, QVariantList(words.begin(), words.end()));
     }
     void tell(const FakeService& who, const QVariantList& words) const {
         ask(who.connection(),
             methodCall(session.baseService(), u"/com/brindlework/orvanta/Windows"_s,
                        u"com.brindlework.orvanta.Windows"_s, u"Activated"_s, words));
     }
-    std::string script() const {
-        QFile file(folder.filePath(u"runtime/windows.js"_s));
-        return file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : "none";
+    void show(const QString& name) const {
+        const QString text = name == u"none"_s ? QString() : name;
+        tell(*kwin, QStringList{text, text, text, text, u"4711"_s});
     }
+    void end() { kwin.reset(); }
 
-    QTemporaryDir folder;
+    const std::optional<qint64> process = 4711;
+    TemporaryFolder folder;
     PrivateBus bus;
     QDBusConnection session = bus.connect();
-    HandMainLoop loop;
-    std::unique_ptr<KWinScriptWatcher> watcher;
+    std::unique_ptr<FakeService> kwin;
 };
+INSTANTIATE_TYPED_TEST_SUITE_P(KWinScript, WatcherContract, KWinScriptRoute);
 
-TEST_F(KWinScriptWatcherTest, TheWindowIsWhatKWinTellsAndNobodyElse) {
-    auto kwin = startKWin(0);
-    start();
-    ASSERT_TRUE(eventually([&] { return kwin->calls(u"start"_s) == 1; }));
+TEST_F(KWinScriptRoute, TheWindowIsWhatKWinTellsAndNobodyElse) {
+    const QString script = u"runtime/windows.js"_s;
+    watch();
     EXPECT_EQ(kwin->calls(u"unloadScript"_s), 1); // What a killed process left.
-    EXPECT_THAT(script(), testing::HasSubstr(session.baseService().toStdString()));
-    EXPECT_EQ(watcher->state(), State::Waiting);
-
-    tell(*kwin, {u"{a}"_s, u"dolphin"_s, u"dolphin"_s, u"org.kde.dolphin"_s, u"4711"_s});
-    ASSERT_EQ(watcher->state(), State::Watching);
+    EXPECT_TRUE(folder.read(script).contains(session.baseService().toUtf8()));
+    tell(*kwin, QStringList{u"{a}"_s, u"class"_s, u"instance"_s, u"org.kde.dolphin"_s, u"4711"_s});
     const auto dolphin = watcher->activeWindow();
     ASSERT_TRUE(dolphin);
-    EXPECT_EQ(dolphin->desktopFile, u"org.kde.dolphin"_s);
-    EXPECT_EQ(dolphin->processIdentifier, 4711);
+    EXPECT_EQ(*dolphin,
+              (Window{dolphin->id, u"instance"_s, u"class"_s, {}, u"org.kde.dolphin"_s, 4711}));
 
-    tell(FakeService(bus), {u"{b}"_s, u"evil"_s, u"evil"_s, u"evil"_s, u"1"_s});
-    tell(*kwin, {});
-    tell(*kwin, {u"{b}"_s, u"short"_s, u"short"_s});
-    tell(*kwin, {1, 2, 3, 4, 5});
+    tell(FakeService(bus), QStringList{u"{b}"_s, u"evil"_s, u"evil"_s, u"evil"_s, u"1"_s});
+    tell(*kwin, QVariantList());
+    tell(*kwin, QStringList{u"{b}"_s, u"short"_s, u"short"_s});
+    tell(*kwin, QVariantList{1, 2, 3, 4, 5});
     EXPECT_EQ(watcher->activeWindow(), dolphin);
-    tell(*kwin, {u"{b}"_s, u"xterm"_s, u"xterm"_s, QString(), u"NaN"_s});
-    ASSERT_TRUE(watcher->activeWindow());
-    EXPECT_NE(watcher->activeWindow()->id, dolphin->id);
+    tell(*kwin, QStringList{u"{b}"_s, u"xterm"_s, u"xterm"_s, QString(), u"NaN"_s});
+    ASSERT_EQ(active(), u"xterm"_s);
     EXPECT_EQ(watcher->activeWindow()->processIdentifier, std::nullopt);
-    tell(*kwin, {QString(), QString(), QString(), QString(), QString()});
-    EXPECT_EQ(watcher->activeWindow(), std::nullopt);
 
     // Another KWin takes over, and is given the script as well.
-    kwin.reset();
+    end();
     ASSERT_TRUE(becomes(State::Ended));
-    kwin = startKWin(0);
-    ASSERT_TRUE(eventually([&] {
-        loop.advance(1);
-        return kwin->calls(u"start"_s) == 1;
-    }));
-    tell(*kwin, {u"{a}"_s, u"dolphin"_s, u"dolphin"_s, u"org.kde.dolphin"_s, u"4711"_s});
-    EXPECT_EQ(watcher->activeWindow(), dolphin);
-
+    startKWin();
+    ASSERT_TRUE(isLoaded());
+    show(u"a"_s);
+    EXPECT_EQ(active(), u"a"_s);
     watcher.reset();
     EXPECT_TRUE(eventually([&] { return kwin->calls(u"unloadScript"_s) == 2; }));
-    EXPECT_EQ(script(), "none");
+    EXPECT_EQ(folder.read(script), QByteArray());
 }
 
-TEST_F(KWinScriptWatcherTest, WhereTheScriptCannotBeLoadedOrWrittenItIsUnsupported) {
-    const auto kwin = startKWin(-1);
+TEST_F(KWinScriptRoute, WhereTheScriptCannotBeLoadedOrWrittenItIsUnsupported) {
+    startKWin(-1);
     start();
     EXPECT_TRUE(becomes(State::Unsupported));
-    QFile(folder.filePath(u"blocked"_s)).open(QIODevice::WriteOnly);
-    watcher = std::make_unique<KWinScriptWatcher>(session, loop, folder.filePath(u"blocked"_s));
+    folder.write(u"blocked"_s, {});
+    start(u"blocked"_s);
     EXPECT_TRUE(becomes(State::Unsupported));
     EXPECT_EQ(kwin->calls(u"loadScript"_s), 1);
     EXPECT_EQ(KWinScriptWatcher(session, loop, {}).state(), State::Unsupported);

@@ -1,15 +1,11 @@
 #include "Linux/LinuxAppearance.h"
 
-#include "Fakes/HandMainLoop.h"
 #include "PrivateBus.h"
+#include "Story.h"
+#include "Testing.h"
 
 #include <QGuiApplication>
 #include <QPalette>
-
-#include <gtest/gtest.h>
-
-#include <optional>
-#include <utility>
 
 namespace orvanta {
 
@@ -23,7 +19,7 @@ QVariant wrapped(const QVariant& value) {
     return QVariant::fromValue(QDBusVariant(value));
 }
 
-class LinuxAppearanceTest : public testing::Test {
+class LinuxAppearanceTest : public Story {
 protected:
     LinuxAppearanceTest() {
         QGuiApplication::setPalette(QPalette(Qt::white));
@@ -32,121 +28,91 @@ protected:
             return value.isNull() ? std::nullopt
                                   : std::optional(QVariantList{wrapped(wrapped(value))});
         });
+        on(u"start"_s, [this](int) {
+            looks.emplace(connection, loop);
+            QObject::connect(&*looks, &Appearance::changed, [this] { noted.append(look()); });
+        });
+        on(u"look"_s, [this](int) { noted = {look()}; });
+        on(u"portal"_s,
+           [this](int is) { is != 0 ? portal.own(portalName) : portal.disown(portalName); });
+        on<uint>(u"scheme?"_s,
+                 [this](uint value) { scheme = value != 0 ? QVariant(value) : QVariant(); });
+        on<bool>(u"animations?"_s, [this](bool are) { animations = are; });
+        on<uint>(u"scheme"_s,
+                 [this](uint value) { say(appearance, u"color-scheme"_s, wrapped(value)); });
+        on<bool>(u"animations"_s,
+                 [this](bool are) { say(gnome, u"enable-animations"_s, wrapped(are)); });
+        on(u"cursor"_s, [this](int size) { say(gnome, u"cursor-size"_s, wrapped(size)); });
+        on<QString>(u"palette"_s, [](const QString& color) {
+            QGuiApplication::setPalette(QPalette(QColor(color)));
+        });
     }
     ~LinuxAppearanceTest() override {
         looks.reset();
         QGuiApplication::setPalette(QPalette());
     }
 
-    void start() {
-        looks.emplace(connection, loop);
-        QObject::connect(&*looks, &Appearance::changed, &*looks, [this] { ++changes; });
-        settle();
+    QString look() const {
+        return (looks->colorScheme() == ColorScheme::dark ? u"dark"_s : u"light"_s) +
+               (looks->reducesMotion() ? u"-still"_s : QString());
     }
-    void settle() {
-        drain(portal.connection());
-        drain(connection);
-        drain(portal.connection());
-        drain(connection);
+    void settle() override {
+        for (int i = 0; i < 2; ++i) {
+            drain(portal.connection());
+            drain(connection);
+        }
     }
     void say(const QString& space, const QString& key, const QVariant& value) {
         portal.say(u"/org/freedesktop/portal/desktop"_s, u"org.freedesktop.portal.Settings"_s,
                    u"SettingChanged"_s, {space, key, value});
         settle();
     }
-    static bool isDark(QPalette::ColorRole role) {
-        return QGuiApplication::palette().color(role).lightness() < 128;
-    }
-    void sayScheme(const QVariant& value) { say(appearance, u"color-scheme"_s, wrapped(value)); }
-    int taken() { return std::exchange(changes, 0); }
 
     PrivateBus bus;
     FakeService portal{bus};
     QVariant scheme = 1U;
     QVariant animations = true;
     QDBusConnection connection = bus.connect();
-    HandMainLoop loop;
     std::optional<LinuxAppearance> looks;
-    int changes = 0;
 };
 
 TEST_F(LinuxAppearanceTest, ThePortalIsFollowedWhenItComesChangesAndGoes) {
-    start();
-    EXPECT_EQ(looks->colorScheme(), ColorScheme::light);
+    const auto isDark = [](QPalette::ColorRole role) {
+        return QGuiApplication::palette().color(role).lightness() < 128;
+    };
+    play(u"start look [light]"_s);
     EXPECT_EQ(loop.armedCount(), 0U);
-
-    portal.own(portalName);
-    settle();
-    EXPECT_EQ(looks->colorScheme(), ColorScheme::dark);
-    EXPECT_FALSE(looks->reducesMotion());
-    EXPECT_EQ(taken(), 1);
+    play(u"portal=1 [dark]"_s);
     EXPECT_TRUE(isDark(QPalette::Window) && isDark(QPalette::Base) && !isDark(QPalette::Text));
     loop.advance(1);
     EXPECT_EQ(loop.armedCount(), 0U);
-
-    sayScheme(2U);
-    EXPECT_EQ(looks->colorScheme(), ColorScheme::light);
-    EXPECT_EQ(taken(), 1);
+    play(u"scheme=2 [light]"_s);
     EXPECT_TRUE(!isDark(QPalette::Window) && !isDark(QPalette::Base) && isDark(QPalette::Text));
-    sayScheme(2U);
-    say(gnome, u"cursor-size"_s, wrapped(24));
-    EXPECT_EQ(taken(), 0);
-    say(gnome, u"enable-animations"_s, wrapped(false));
-    EXPECT_TRUE(looks->reducesMotion());
-    EXPECT_EQ(taken(), 1);
-    sayScheme(1U);
-
-    portal.disown(portalName);
-    settle();
-    EXPECT_EQ(looks->colorScheme(), ColorScheme::dark) << "it may be back at once";
-    taken();
-    loop.advance(60);
-    EXPECT_EQ(looks->colorScheme(), ColorScheme::light);
-    EXPECT_FALSE(looks->reducesMotion());
-    EXPECT_GT(taken(), 0);
-
-    animations = false;
-    portal.own(portalName);
-    settle();
-    EXPECT_EQ(looks->colorScheme(), ColorScheme::dark);
-    EXPECT_TRUE(looks->reducesMotion());
-    portal.disown(portalName);
-    settle();
-    scheme = {};
+    // A portal that goes may be back at once.
+    play(u"scheme=2 cursor=24 [] animations=false [light-still] scheme=1 [dark-still] portal=0 [] "
+         "59s [] 1s look [light] animations?=false portal=1 look [dark-still] "
+         "portal=0 scheme?=0"_s);
     animations = {};
-    loop.advance(1);
-    portal.own(portalName);
-    settle();
-    EXPECT_EQ(looks->colorScheme(), ColorScheme::light) << "another that knows neither";
-    EXPECT_FALSE(looks->reducesMotion());
+    play(u"1s portal=1 look [light]"_s); // Another that knows neither.
 }
 
 TEST_F(LinuxAppearanceTest, NonsenseAndNoPreferenceLeaveItToThePalette) {
-    portal.own(portalName);
-    start();
+    play(u"portal=1 start [dark]"_s);
     for (const QVariant& nonsense :
          {QVariant(0U), QVariant(3U), QVariant(1), QVariant(u"dark"_s), wrapped(wrapped(u"1"_s))}) {
-        sayScheme(1U);
-        EXPECT_EQ(looks->colorScheme(), ColorScheme::dark);
-        sayScheme(nonsense);
-        EXPECT_EQ(looks->colorScheme(), ColorScheme::light) << nonsense.typeName();
+        play(u"scheme=1 look [dark]"_s);
+        say(appearance, u"color-scheme"_s, wrapped(nonsense));
+        EXPECT_EQ(look(), u"light"_s) << nonsense.typeName();
     }
     say(gnome, u"enable-animations"_s, wrapped(0));
     say(appearance, u"color-scheme"_s, u"not even wrapped"_s);
-    EXPECT_FALSE(looks->reducesMotion());
-    taken();
-    QGuiApplication::setPalette(QPalette(Qt::black));
-    EXPECT_EQ(looks->colorScheme(), ColorScheme::dark);
-    EXPECT_EQ(taken(), 1);
-    sayScheme(1U);
-    QGuiApplication::setPalette(QPalette(Qt::white));
-    EXPECT_EQ(looks->colorScheme(), ColorScheme::dark) << "the portal has the word";
-    EXPECT_EQ(taken(), 0);
+    // The portal has the word.
+    play(u"look [light] palette=black [dark] scheme=1 look [dark] palette=white [] look [dark]"_s);
 }
 
 TEST_F(LinuxAppearanceTest, ThePalettesWordIsGoodWithoutABus) {
     QGuiApplication::setPalette(QPalette(Qt::black));
-    LinuxAppearance alone(QDBusConnection(u"no such connection"_s), loop);
+    const LinuxAppearance alone(QDBusConnection(u"no such connection"_s), loop);
     EXPECT_EQ(alone.colorScheme(), ColorScheme::dark);
     EXPECT_FALSE(alone.reducesMotion());
 }

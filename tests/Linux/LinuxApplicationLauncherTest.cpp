@@ -1,38 +1,22 @@
 #include "Linux/Applications/LinuxApplicationLauncher.h"
 
-#include "Eventually.h"
-#include "Fakes/FakeWorkspace.h"
-#include "Fakes/HandMainLoop.h"
-#include "Fakes/QtPrinters.h"
 #include "Linux/LinuxRunningApplications.h"
-
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <csignal>
+#include "Testing.h"
 
 namespace orvanta {
 
 namespace {
 
-using namespace Qt::StringLiterals;
-
 class LinuxApplicationLauncherTest : public testing::Test {
 protected:
     QString makeEntry(const QByteArray& exec) {
-        const QString path = folder.filePath(u"browser.desktop"_s);
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("[Desktop Entry]\nType=Application\nName=O Navegador\nIcon=icon\nPath=" +
-                   QFile::encodeName(folder.path()) + "\nExec=" + exec + '\n');
-        return path;
+        folder.writeEntry(u"browser"_s, "Name[pt_BR]=O Navegador\nIcon=icon\nPath=" +
+                                            QFile::encodeName(folder.path()) + "\nExec=" + exec +
+                                            '\n');
+        return folder.path(u"browser.desktop"_s);
     }
 
-    const QTemporaryDir folder;
+    const TemporaryFolder folder;
     DesktopEntries entries{{folder.path()}};
     HandMainLoop loop;
     FakeWorkspace workspace;
@@ -60,11 +44,8 @@ TEST_F(LinuxApplicationLauncherTest, AProgramIsStartedWithItsWordsAndIsKnownToRu
                              [&] { instances = running.instances(u"browser"_s); });
     ASSERT_EQ(instances.size(), 1U);
     EXPECT_FALSE(instances.front().isTerminated);
-    EXPECT_TRUE(eventually([&] {
-        QFile file(folder.filePath(u"args"_s));
-        return file.open(QIODevice::ReadOnly) &&
-               file.readAll() == "--icon;icon;--name=O Navegador;";
-    }));
+    EXPECT_TRUE(
+        eventually([&] { return folder.read(u"args"_s) == "--icon;icon;--name=O Navegador;"; }));
     ::kill(static_cast<pid_t>(instances.front().processIdentifier), SIGKILL);
 }
 

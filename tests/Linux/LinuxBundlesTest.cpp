@@ -1,20 +1,12 @@
 #include "Linux/Applications/LinuxBundles.h"
 
-#include "Applications.h"
 #include "Browsers/Browser.h"
 #include "Browsers/BrowserDialect.h"
-
-#include <gmock/gmock.h>
-
-#include <string>
-#include <vector>
+#include "Testing.h"
 
 namespace orvanta {
 
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 /// As the engine finds it, without its cache.
 std::optional<BrowserDialect> dialect(const Bundles& bundles, const QString& id) {
@@ -23,7 +15,7 @@ std::optional<BrowserDialect> dialect(const Bundles& bundles, const QString& id)
     if (!bundle || !BrowserDialect::opensWebPages(bundle->infoDictionary)) {
         return std::nullopt;
     }
-    const QVariant name = bundle->infoDictionary.value(QStringLiteral("OSAScriptingDefinition"));
+    const QVariant name = bundle->infoDictionary.value(u"OSAScriptingDefinition"_s);
     const auto text = name.typeId() == QMetaType::QString
                           ? bundles.resource(*location, name.toString())
                           : std::nullopt;
@@ -33,276 +25,236 @@ std::optional<BrowserDialect> dialect(const Bundles& bundles, const QString& id)
 /// Two folders of entries, and programs of our own: "@" stands for where they are.
 class LinuxBundlesTest : public testing::Test {
 protected:
-    void write(const char* path, QByteArray content) const {
-        folder.write(QString::fromUtf8(path), content.replace('@', folder.path().toUtf8() + '/'));
-        QFile::setPermissions(folder.path(QString::fromUtf8(path)),
+    void write(const QString& path, QByteArray content = "\x7f"
+                                                         "ELF") const {
+        folder.write(path, content.replace('@', folder.path().toUtf8() + '/'));
+        QFile::setPermissions(folder.path(path),
                               QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
-    void link(const char* target, const char* path) const {
-        write(path, "");
-        QFile::remove(folder.path(QString::fromUtf8(path)));
-        ASSERT_TRUE(QFile::link(folder.path(QString::fromUtf8(target)),
-                                folder.path(QString::fromUtf8(path))));
-    }
-    void gecko(const std::string& path, const QByteArray& version = "128.4.0") const {
-        write((path + "/libxul.so").c_str(), "");
-        write((path + "/platform.ini").c_str(), "[Build]\nMilestone=" + version + "\n");
-        write((path + "/program").c_str(), "\x7f"
-                                           "ELF");
-    }
-    void chromium(const std::string& path, const char* more = "resources.pak") const {
-        write((path + "/icudtl.dat").c_str(), "");
-        write((path + "/brand_100_percent.pak").c_str(), "");
-        write((path + '/' + more).c_str(), "");
-        write((path + "/program").c_str(), "\x7f"
-                                           "ELF");
-    }
-    void entry(const char* id, const QByteArray& lines,
-               const char* place = "system/applications/") const {
-        write((place + std::string(id) + ".desktop").c_str(),
-              "[Desktop Entry]\nType=Application\nName=" + QByteArray(id) + '\n' + lines);
-    }
-    std::vector<std::string> ids(const char* address = "https:") const {
-        std::vector<std::string> ids;
-        const QStringList locations = bundles.applicationsToOpen(QString::fromUtf8(address));
-        for (const QString& location : locations) {
-            ids.push_back(bundles.bundle(location)->bundleIdentifier->toStdString());
+    void browserIn(const QString& path, const QStringList& files,
+                   const QByteArray& milestone = {}) const {
+        for (const QString& file : files) {
+            write(path + u'/' + file, "[Build]\nMilestone=" + milestone + '\n');
         }
-        return ids;
+        write(path + u"/program"_s);
+    }
+    void gecko(const QString& path, const QByteArray& version = "128.4.0") const {
+        browserIn(path, {u"libxul.so"_s, u"platform.ini"_s}, version);
+    }
+    void chromium(const QString& path, const QString& more = u"resources.pak"_s) const {
+        browserIn(path, {u"icudtl.dat"_s, u"brand_100_percent.pak"_s, more});
+    }
+    void entry(const QString& id, const QByteArray& lines,
+               const QString& place = u"system/applications/"_s) const {
+        write(place + id + u".desktop"_s,
+              "[Desktop Entry]\nType=Application\nName=" + id.toUtf8() + '\n' + lines);
+    }
+    std::string order(const QString& address = u"https:"_s) const {
+        QStringList ids;
+        for (const QString& location : bundles.applicationsToOpen(address)) {
+            ids += bundles.bundle(location)->bundleIdentifier.value();
+        }
+        return ids.join(u' ').toStdString();
     }
 
     TemporaryFolder folder;
-    QStringList applications{folder.path(QStringLiteral("user/applications")),
-                             folder.path(QStringLiteral("system/applications"))};
+    QStringList applications{folder.path(u"user/applications"_s),
+                             folder.path(u"system/applications"_s)};
     DesktopEntries entries{applications};
     LinuxBundles bundles{
         entries,
-        {{{folder.path(QStringLiteral("config")), folder.path(QStringLiteral("xdg"))},
+        {{{folder.path(u"config"_s), folder.path(u"xdg"_s)},
           applications,
-          {QStringLiteral("Budgie"), QStringLiteral("GNOME")}},
-         {{folder.path(QStringLiteral("bin"))},
-          {folder.path(QStringLiteral("flatpak"))},
-          {folder.path(QStringLiteral("snap"))}}}};
+          {u"Budgie"_s, u"GNOME"_s}},
+         {{folder.path(u"bin"_s)}, {folder.path(u"flatpak"_s)}, {folder.path(u"snap"_s)}}}};
 };
 
 constexpr char browser[] = "Categories=Network;WebBrowser;\n"
                            "MimeType=text/html;x-scheme-handler/http;x-scheme-handler/https;\n";
 
 TEST_F(LinuxBundlesTest, AnEntrySaysWhatItOpens) {
-    entry("web", QByteArray("Name[pt_BR]=Navegador\n") + browser);
-    const auto location = bundles.locationOfApplication(QStringLiteral("web"));
+    entry(u"web"_s, QByteArray("Name[pt_BR]=Navegador\n") + browser);
+    const auto location = bundles.locationOfApplication(u"web"_s);
     ASSERT_TRUE(location);
     const auto bundle = bundles.bundle(*location);
     ASSERT_TRUE(bundle);
-    EXPECT_EQ(bundle->bundleIdentifier, QStringLiteral("web"));
+    EXPECT_EQ(bundle->bundleIdentifier, u"web"_s);
     EXPECT_TRUE(BrowserDialect::opensWebPages(bundle->infoDictionary));
-    EXPECT_EQ(bundles.displayName(*location), QStringLiteral("Navegador"));
-    EXPECT_FALSE(bundles.resource(*location, QStringLiteral("web.desktop")));
+    EXPECT_EQ(bundles.displayName(*location), u"Navegador"_s);
+    EXPECT_FALSE(bundles.resource(*location, u"web.desktop"_s));
 
-    entry("mail", "MimeType=x-scheme-handler/mailto;application/xhtml+xml;\n");
-    const auto mail = bundles.bundle(*bundles.locationOfApplication(QStringLiteral("mail")));
-    EXPECT_EQ(
-        mail->infoDictionary,
-        (QVariantMap{{QStringLiteral("CFBundleURLTypes"),
-                      QVariantList{QVariantMap{{QStringLiteral("CFBundleURLSchemes"),
-                                                QStringList{QStringLiteral("mailto")}}}}},
-                     {QStringLiteral("CFBundleDocumentTypes"),
-                      QVariantList{QVariantMap{{QStringLiteral("LSItemContentTypes"),
-                                                QStringList{QStringLiteral("public.html")}}}}}}));
+    entry(u"mail"_s, "MimeType=x-scheme-handler/mailto;application/xhtml+xml;\n");
+    const auto mail = bundles.bundle(*bundles.locationOfApplication(u"mail"_s));
+    EXPECT_EQ(mail->infoDictionary,
+              (QVariantMap{
+                  {u"CFBundleURLTypes"_s,
+                   QVariantList{QVariantMap{{u"CFBundleURLSchemes"_s, QStringList{u"mailto"_s}}}}},
+                  {u"CFBundleDocumentTypes"_s,
+                   QVariantList{
+                       QVariantMap{{u"LSItemContentTypes"_s, QStringList{u"public.html"_s}}}}}}));
 
     QFile::remove(*location);
     EXPECT_FALSE(bundles.bundle(*location));
-    EXPECT_FALSE(bundles.bundle(QStringLiteral("/etc/hosts")));
+    EXPECT_FALSE(bundles.bundle(u"/etc/hosts"_s));
 }
 
 TEST_F(LinuxBundlesTest, ABrowserIsKnownByWhatLiesBesideItsProgram) {
-    gecko("lib/fox");
-    gecko("lib/old", "60.9.1");
-    chromium("lib/chrome");
-    chromium("lib/electron", "resources/app.asar");
-    chromium("lib/cef", "libcef.so");
-    link("lib/fox/program", "bin/fox");
-    link("bin/circle", "bin/circle");
-    write("bin/by-name",
+    gecko(u"lib/fox"_s);
+    gecko(u"lib/old"_s, "60.9.1");
+    chromium(u"lib/chrome"_s);
+    chromium(u"lib/electron"_s, u"resources/app.asar"_s);
+    chromium(u"lib/cef"_s, u"libcef.so"_s);
+    folder.link(folder.path(u"lib/fox/program"_s), u"bin/fox"_s);
+    folder.link(folder.path(u"bin/circle"_s), u"bin/circle"_s);
+    write(u"bin/by-name"_s,
           "#!/bin/sh\nF=\"$(command -v x)\"\n[ -x \"$F.r\" ] && exec \"$F.r\" \"$@\"\n"
           "exec $NICE fox \"$@\"\n");
-    write("bin/by-variables",
+    write(u"bin/by-variables"_s,
           "#!/bin/sh\n# It's unbalanced\nexport NAME=program\nD=@lib/none\n"
           "if [ ! -r $D/$NAME ]; then\n    D=\"@lib\"\nfi\n"
           "LIB=${D:-/usr}/chrome\nif true; then exec $NO nice $LIB/$NAME; fi\n");
-    write("bin/in-turn", "#!/bin/sh\n" + QByteArray("@bin/in-turn\n").repeated(20) + "@bin/back\n");
-    write("bin/back", "#!/bin/sh\n\"@bin/in-turn\" \"$@\"\n@bin/by-name\n");
-    write("bin/doubling",
+    write(u"bin/in-turn"_s,
+          "#!/bin/sh\n" + QByteArray("@bin/in-turn\n").repeated(20) + "@bin/back\n");
+    write(u"bin/back"_s, "#!/bin/sh\n\"@bin/in-turn\" \"$@\"\n@bin/by-name\n");
+    write(u"bin/doubling"_s,
           "#!/bin/sh\nA=/////////\n" + QByteArray("A=$A$A\n").repeated(64) + "exec ${A $A ${ $\n");
-    write("bin/mentions", "#!/bin/sh\necho @lib/fox/program\n");
-    write("bin/huge", "#!/bin/sh\n" + QByteArray(1 << 20, '\n') + "exec @lib/fox/program\n");
-    for (const char* name : {"flatpak", "snap", "webkit"}) {
-        write((std::string("bin/") + name).c_str(), "\x7f"
-                                                    "ELF");
+    write(u"bin/mentions"_s, "#!/bin/sh\necho @lib/fox/program\n");
+    write(u"bin/huge"_s, "#!/bin/sh\n" + QByteArray(1 << 20, '\n') + "exec @lib/fox/program\n");
+    for (const QString& name : {u"flatpak"_s, u"snap"_s, u"webkit"_s}) {
+        write(u"bin/"_s + name);
     }
-    gecko("flatpak/app/org.fox/current/active/files/lib/fox");
-    chromium("snap/web/current/usr/lib/arch/web");
-    link("bin/snap", "snap/bin/web.beta");
+    gecko(u"flatpak/app/org.fox/current/active/files/lib/fox"_s);
+    chromium(u"snap/web/current/usr/lib/arch/web"_s);
+    folder.link(folder.path(u"bin/snap"_s), u"snap/bin/web.beta"_s);
 
-    constexpr auto gecko = BrowserDialect::safari;
-    constexpr auto blink = BrowserDialect::chromium;
-    const std::string web = browser;
-    const struct {
-        const char* id;
-        std::string lines;
-        std::optional<BrowserDialect> expected;
-    } rows[]{
-        {"program", web + "Exec=@lib/fox/program %u", gecko},
-        {"link", web + "Exec=@bin/fox %u", gecko},
-        {"environment", web + "Exec=env A=1 @bin/fox %u", gecko},
-        {"quoted", web + "Exec=\"@lib/chrome/program\" %U", blink},
-        {"by-name", web + "Exec=@bin/by-name %u", gecko},
-        {"by-variables", web + "Exec=@bin/by-variables %u", blink},
-        {"in-turn", web + "Exec=@bin/in-turn %u", gecko},
-        {"flatpak", web + "Exec=@bin/flatpak run --command=fox org.fox @@u %u @@", gecko},
-        {"snap", web + "Exec=env HINT=x @snap/bin/web.beta %U", blink},
-        {"org.mozilla.firefox", web + "Exec=@bin/flatpak run org.mozilla.firefox", gecko},
-        {"com.brave.Browser", web + "Exec=@bin/flatpak run com.brave.Browser", blink},
-
-        {"electron", web + "Exec=@lib/electron/program %U", std::nullopt},
-        {"cef", web + "Exec=@lib/cef/program %U", std::nullopt},
-        {"librewolf", web + "Exec=@lib/old/program %u", std::nullopt},
-        {"webkit", web + "Exec=@bin/webkit %U", std::nullopt},
-        {"doubling", web + "Exec=@bin/doubling", std::nullopt},
-        {"mentions", web + "Exec=@bin/mentions %u", std::nullopt},
-        {"huge", web + "Exec=@bin/huge %u", std::nullopt},
-        {"circle", web + "Exec=env @bin/circle", std::nullopt},
-        {"missing", web + "Exec=env @lib/fox/missing", std::nullopt},
-        {"nothing", web + "Exec=env A=1", std::nullopt},
-        {"firefox", web + "DBusActivatable=true", std::nullopt},
-        {"no-flatpak", web + "Exec=@bin/flatpak run", std::nullopt},
-        {"outside", web + "Exec=@bin/flatpak run ../app/org.fox", std::nullopt},
-
-        {"chrome-aabbccdd-Default",
-         web + "Exec=@lib/chrome/program --profile-directory=Default --app-id=aabbccdd %U",
-         std::nullopt},
-        {"app", web + "Exec=@lib/chrome/program --app=file:///a", std::nullopt},
-        {"site", web + "Exec=@bin/fox --class Site https://a.test/", std::nullopt},
-        {"private", web + "Exec=@bin/fox --private-window %u", std::nullopt},
-        {"helper", web + "NoDisplay=true\nExec=@bin/fox %u", std::nullopt},
-        {"mail",
-         "Categories=Network;Email;\nMimeType=text/html;x-scheme-handler/http;x-scheme-handler/"
-         "https;"
-         "\nExec=@lib/fox/program %u",
-         std::nullopt},
-        {"reader",
-         "Categories=WebBrowser;\nMimeType=x-scheme-handler/http;x-scheme-handler/https;"
-         "\nExec=@bin/fox %u",
-         std::nullopt},
-    };
-    for (const auto& row : rows) {
-        entry(row.id, QByteArray::fromStdString(row.lines + '\n'));
-    }
-    for (const auto& row : rows) {
-        EXPECT_TRUE(bundles.locationOfApplication(QString::fromUtf8(row.id))) << row.id;
-        EXPECT_EQ(dialect(bundles, QString::fromUtf8(row.id)), row.expected) << row.id;
-    }
-}
-
-class AssociationsTest : public LinuxBundlesTest {
-protected:
-    void SetUp() override {
-        for (const char* id : {"a", "b", "c"}) {
-            entry(id, browser);
+    const std::pair<const char*, std::vector<const char*>> rows[]{
+        {"safari",
+         {"program Exec=@lib/fox/program %u", "link Exec=@bin/fox %u",
+          "environment Exec=env A=1 @bin/fox %u", "by-name Exec=@bin/by-name %u",
+          "in-turn Exec=@bin/in-turn %u",
+          "flatpak Exec=@bin/flatpak run --command=fox org.fox @@u %u @@",
+          "org.mozilla.firefox Exec=@bin/flatpak run org.mozilla.firefox"}},
+        {"chromium",
+         {"quoted Exec=\"@lib/chrome/program\" %U", "by-variables Exec=@bin/by-variables %u",
+          "snap Exec=env HINT=x @snap/bin/web.beta %U",
+          "com.brave.Browser Exec=@bin/flatpak run com.brave.Browser"}},
+        {"none",
+         {"electron Exec=@lib/electron/program %U",
+          "cef Exec=@lib/cef/program %U",
+          "librewolf Exec=@lib/old/program %u",
+          "webkit Exec=@bin/webkit %U",
+          "doubling Exec=@bin/doubling",
+          "mentions Exec=@bin/mentions %u",
+          "huge Exec=@bin/huge %u",
+          "circle Exec=env @bin/circle",
+          "missing Exec=env @lib/fox/missing",
+          "nothing Exec=env A=1",
+          "firefox DBusActivatable=true",
+          "no-flatpak Exec=@bin/flatpak run",
+          "outside Exec=@bin/flatpak run ../app/org.fox",
+          "chrome-aabbccdd-Default Exec=@lib/chrome/program --profile-directory=Default "
+          "--app-id=aabbccdd %U",
+          "app Exec=@lib/chrome/program --app=file:///a",
+          "site Exec=@bin/fox --class Site https://a.test/",
+          "private Exec=@bin/fox --private-window %u",
+          "helper NoDisplay=true\nExec=@bin/fox %u",
+          "mail "
+          "Categories=Network;Email;\nMimeType=text/html;x-scheme-handler/http;x-scheme-handler/"
+          "https;\nExec=@bin/fox %u",
+          "reader Categories=WebBrowser;\nMimeType=x-scheme-handler/https;\nExec=@bin/fox %u"}}};
+    for (const auto& [expected, lines] : rows) {
+        for (const QByteArray line : lines) {
+            const QString id = QString::fromUtf8(line.first(line.indexOf(' ')));
+            const QByteArray own = line.mid(id.size() + 1) + '\n';
+            entry(id, own.contains("MimeType=") ? own : browser + own);
+            EXPECT_TRUE(bundles.locationOfApplication(id)) << line.constData();
+            const auto found = dialect(bundles, id);
+            EXPECT_STREQ(!found                             ? "none"
+                         : *found == BrowserDialect::safari ? "safari"
+                                                            : "chromium",
+                         expected)
+                << line.constData();
         }
-        entry("text", "MimeType=text/html;\n");
-        entry("mine", browser, "user/applications/");
     }
-    static QByteArray list(const QByteArray& group, const QByteArray& ids) {
-        return '[' + group +
-               "]\nx-scheme-handler/http=text.desktop\nx-scheme-handler/https=" + ids + "\n";
+}
+
+/// Lists come one after the other. Each is told as its file, then of its groups the initials with
+/// the ids that they give; and what opens a page from then on, in order.
+TEST_F(LinuxBundlesTest, TheListsOfAssociationsGiveTheOrder) {
+    const std::map<char, QByteArray> groups{{'A', "Added Associations"},
+                                            {'D', "Default Applications"},
+                                            {'M', "MIME Cache"},
+                                            {'R', "Removed Associations"}};
+    const std::vector<std::pair<const char*, const char*>> stories[] = {
+        {{"system/applications/mimeinfo.cache M gone text c b", "mine c b a"}},
+        {{"system/applications/mimeapps.list D c", "c mine a b"},
+         {"xdg/gnome-mimeapps.list D b", "b mine a c"},
+         {"xdg/kde-mimeapps.list D a", "b mine a c"}, // of another desktop
+         {"xdg/mimeapps.list D a", "b mine a c"},
+         {"xdg/budgie-mimeapps.list D gone a? text", "text mine a b c"},
+         {"config/mimeapps.list D gone", "text mine a b c"},
+         {"config/mimeapps.list D a broken", "text mine a b c"}},
+        // Associations are added and removed from their folder on.
+        {{"config/mimeapps.list A text gone c R b", "text c mine a"},
+         {"xdg/mimeapps.list A b D b", "text c mine a"},
+         {"system/applications/mimeapps.list R mine a", "text c mine"},
+         {"xdg/gnome-mimeapps.list R text", "text c mine"},
+         {"system/applications/mimeapps.list A apart", "text c mine a"}}};
+    for (const auto& story : stories) {
+        for (const char* each : {"system", "user", "xdg", "config"}) {
+            QDir(folder.path(QString::fromUtf8(each))).removeRecursively();
+        }
+        for (const char* id : {"a", "b", "c"}) {
+            entry(QString::fromUtf8(id), browser);
+        }
+        entry(u"text"_s, "MimeType=text/html;\n");
+        entry(u"mine"_s, browser, u"user/applications/"_s);
+        entry(u"apart"_s, "", u"user/applications/"_s);
+        EXPECT_EQ(order(), "mine a b c");
+        for (const auto& [told, expected] : story) {
+            QByteArray list;
+            const auto words = QByteArray(told).split(' ').sliced(1);
+            for (const QByteArray& word : words) {
+                list += word == "broken" ? "\nbroken"
+                        : word.size() == 1 && groups.contains(word[0])
+                            ? "\n[" + groups.at(word[0]) +
+                                  "]\nx-scheme-handler/http=text.desktop\nx-scheme-handler/https="
+                            : word + ".desktop;";
+            }
+            write(QString::fromUtf8(QByteArray(told).split(' ')[0]), list.trimmed() + '\n');
+            EXPECT_EQ(order(), expected) << told;
+            EXPECT_EQ(
+                bundles.applicationToOpen(u"https:"_s),
+                bundles.locationOfApplication(QString::fromUtf8(expected).section(u' ', 0, 0)));
+        }
+        EXPECT_EQ(order(u"gopher:"_s) + order(QString()), "");
+        EXPECT_FALSE(bundles.applicationToOpen(u"gopher:"_s));
     }
-};
-
-TEST_F(AssociationsTest, WithoutListsTheFoldersOrderCounts) {
-    EXPECT_THAT(ids(), ElementsAre("mine", "a", "b", "c"));
-    EXPECT_EQ(bundles.applicationToOpen(QStringLiteral("https:")),
-              bundles.locationOfApplication(QStringLiteral("mine")));
-    write("system/applications/mimeinfo.cache",
-          list("MIME Cache", "gone.desktop;text.desktop;c.desktop;b.desktop;"));
-    EXPECT_THAT(ids("https://a.test:80/b"), ElementsAre("mine", "c", "b", "a"));
-    EXPECT_THAT(ids("gopher:"), IsEmpty());
-    EXPECT_FALSE(bundles.applicationToOpen(QStringLiteral("gopher:")));
-    EXPECT_THAT(ids(""), IsEmpty());
+    QFile::remove(folder.path(u"system/applications/c.desktop"_s));
+    EXPECT_EQ(order(u"https://a.test:80/b"_s), "text mine a");
 }
 
-TEST_F(AssociationsTest, TheMostImportantDefaultThatIsInstalledComesFirst) {
-    write("system/applications/mimeapps.list", list("Default Applications", "c.desktop"));
-    EXPECT_THAT(ids(), ElementsAre("c", "mine", "a", "b"));
-    write("xdg/gnome-mimeapps.list", list("Default Applications", "b.desktop;"));
-    write("xdg/kde-mimeapps.list", list("Default Applications", "a.desktop;"));
-    write("xdg/mimeapps.list", list("Default Applications", "a.desktop;"));
-    EXPECT_THAT(ids(), ElementsAre("b", "mine", "a", "c"));
-    write("xdg/budgie-mimeapps.list", list("Default Applications", "gone.desktop;a;text.desktop"));
-    EXPECT_THAT(ids(), ElementsAre("text", "mine", "a", "b", "c"));
-    write("config/mimeapps.list", list("Default Applications", "gone.desktop"));
-    EXPECT_EQ(bundles.applicationToOpen(QStringLiteral("https:")),
-              bundles.locationOfApplication(QStringLiteral("text")));
-    write("config/mimeapps.list",
-          "[Default Applications]\nx-scheme-handler/https=a.desktop\nbroken");
-    EXPECT_THAT(ids(), ElementsAre("text", "mine", "a", "b", "c"));
-}
-
-TEST_F(AssociationsTest, AssociationsAreAddedAndRemovedFromTheirFolderOn) {
-    write("config/mimeapps.list",
-          list("Added Associations", "text.desktop;gone.desktop;c.desktop;") +
-              list("Removed Associations", "b.desktop"));
-    EXPECT_THAT(ids(), ElementsAre("text", "c", "mine", "a"));
-    write("xdg/mimeapps.list",
-          list("Added Associations", "b.desktop") + list("Default Applications", "b.desktop"));
-    write("system/applications/mimeapps.list",
-          list("Removed Associations", "mine.desktop;a.desktop"));
-    write("xdg/gnome-mimeapps.list", list("Removed Associations", "text.desktop;"));
-    EXPECT_THAT(ids(), ElementsAre("text", "c", "mine"));
-
-    entry("apart", "", "user/applications/");
-    write("system/applications/mimeapps.list", list("Added Associations", "apart.desktop"));
-    EXPECT_THAT(ids(), ElementsAre("text", "c", "mine", "a"));
-}
-
-TEST_F(AssociationsTest, WhatIsUninstalledIsGone) {
-    write("config/mimeapps.list", list("Default Applications", "b.desktop"));
-    EXPECT_THAT(ids(), ElementsAre("b", "mine", "a", "c"));
-    QFile::remove(folder.path(QStringLiteral("system/applications/b.desktop")));
-    EXPECT_THAT(ids(), ElementsAre("mine", "a", "c"));
-}
-
-TEST(InstalledBrowsersTest, ThoseOfThisSystemAreFound) {
+TEST(InstalledBrowsersTest, ThoseOfThisSystemAreFoundWhateverTheirEntriesAreCalled) {
     const auto places = LinuxBundles::Places::ofThisProcess();
-    DesktopEntries entries(places.associations.applications);
+    const TemporaryFolder folder;
+    DesktopEntries entries(QStringList{folder.path()} + places.associations.applications);
     const LinuxBundles bundles(entries, places);
-    EXPECT_EQ(dialect(bundles, QStringLiteral("chromium")), BrowserDialect::chromium);
-    EXPECT_EQ(dialect(bundles, QStringLiteral("firefox-esr")), BrowserDialect::safari);
-    for (const char* id : {"org.xfce.mousepad", "debian-xterm"}) {
-        EXPECT_TRUE(bundles.locationOfApplication(QString::fromUtf8(id))) << id;
-        EXPECT_EQ(dialect(bundles, QString::fromUtf8(id)), std::nullopt) << id;
+    for (const auto& [id, expected] :
+         {std::pair(u"chromium"_s, std::optional(BrowserDialect::chromium)),
+          {u"firefox-esr"_s, BrowserDialect::safari},
+          {u"debian-xterm"_s, std::nullopt},
+          {u"org.xfce.mousepad"_s, std::nullopt}}) {
+        const auto entry = entries.withId(id);
+        ASSERT_TRUE(entry) << qPrintable(id);
+        folder.link(entry->path, u"other-%1.desktop"_s.arg(id));
+        EXPECT_EQ(dialect(bundles, id), expected) << qPrintable(id);
+        EXPECT_EQ(dialect(bundles, u"other-"_s + id), expected) << qPrintable(id);
     }
     std::vector<std::string> found;
     for (const Browser& each : Browser::installed(bundles)) {
         found.push_back(each.id.toStdString());
     }
     EXPECT_THAT(found, testing::IsSupersetOf({"chromium", "firefox-esr"}));
-}
-
-TEST(InstalledBrowsersTest, TheirFilesTellWhateverTheyAreCalled) {
-    const TemporaryFolder folder;
-    const auto places = LinuxBundles::Places::ofThisProcess();
-    DesktopEntries installed(places.associations.applications);
-    DesktopEntries entries({folder.path()});
-    const LinuxBundles bundles(entries, places);
-    for (const char* id : {"chromium", "firefox-esr"}) {
-        const auto entry = installed.withId(QString::fromUtf8(id));
-        ASSERT_TRUE(entry &&
-                    QFile::link(entry->path,
-                                folder.path(QStringLiteral("other-%1.desktop").arg(entry->id))));
-    }
-    EXPECT_EQ(dialect(bundles, QStringLiteral("other-chromium")), BrowserDialect::chromium);
-    EXPECT_EQ(dialect(bundles, QStringLiteral("other-firefox-esr")), BrowserDialect::safari);
 }
 
 } // namespace

@@ -1,9 +1,7 @@
 #include "Linux/LinuxPlatform.h"
 
-#include "Fakes/QtPrinters.h"
 #include "Platform/Workspace.h"
-
-#include <gtest/gtest.h>
+#include "Testing.h"
 
 using namespace orvanta;
 

@@ -1,60 +1,35 @@
 #include "Linux/LinuxRunningApplications.h"
 
-#include "Fakes/FakeWorkspace.h"
-#include "Fakes/QtPrinters.h"
-
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <csignal>
+#include "Testing.h"
 
 namespace orvanta {
 
 namespace {
 
-using namespace Qt::StringLiterals;
-
 /// A process that does nothing until it is killed.
 class Child {
 public:
-    Child()
-        : process_(::fork()) {
-        if (process_ == 0) {
-            ::pause();
-            ::_exit(0);
-        }
-    }
+    Child() { EXPECT_TRUE((process_.start(u"sleep"_s, {u"600"_s}), process_.waitForStarted())); }
     ~Child() { end(); }
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
-
-    qint64 process() const { return process_; }
+    qint64 process() const { return process_.processId(); }
     void end() {
-        if (process_ > 0) {
-            ::kill(process_, SIGKILL);
-            ::waitpid(process_, nullptr, 0);
-            process_ = -1;
-        }
+        process_.kill();
+        process_.waitForFinished();
     }
 
 private:
-    pid_t process_;
+    QProcess process_;
 };
 
 TEST(LinuxRunningApplicationsTest, ListsWhatWasSeenOrIsConnectedAndStillRuns) {
-    const QTemporaryDir folder;
+    const TemporaryFolder folder;
     FakeWorkspace workspace;
     NotificationCenter center;
     DesktopEntries entries({folder.path()});
     std::vector<qint64> connected;
     const LinuxRunningApplications running(
         workspace, center,
-        ApplicationIdentity(entries, ::getpid(), u"own"_s, folder.filePath(u"proc"_s)),
+        ApplicationIdentity(entries, ::getpid(), u"own"_s, folder.path(u"proc"_s)),
         [&connected] { return connected; });
     const auto comeToTheFront = [&](const QString& identifier, std::optional<qint64> process) {
         workspace.front = RunningApplication{identifier, {}, {}, process};
@@ -75,9 +50,7 @@ TEST(LinuxRunningApplicationsTest, ListsWhatWasSeenOrIsConnectedAndStillRuns) {
     EXPECT_EQ(running.instances(u"terminal"_s), Instances());
 
     // One whose windows were never in front is known by its program.
-    QDir().mkpath(folder.filePath(u"proc/%1"_s.arg(third.process())));
-    QFile::link(u"/opt/other/other-browser"_s,
-                folder.filePath(u"proc/%1/exe"_s.arg(third.process())));
+    folder.link(u"/opt/other/other-browser"_s, u"proc/%1/exe"_s.arg(third.process()));
     connected = {third.process(), second.process()};
     EXPECT_EQ(running.instances(u"other-browser"_s), (Instances{{third.process(), false}}));
     EXPECT_EQ(running.bundleIdentifier(second.process()), u"browser"_s);

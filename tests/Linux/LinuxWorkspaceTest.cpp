@@ -1,9 +1,6 @@
 #include "Linux/LinuxWorkspace.h"
 
-#include "Applications.h"
-#include "Fakes/QtPrinters.h"
-
-#include <gmock/gmock.h>
+#include "Testing.h"
 
 using namespace orvanta;
 

@@ -1,60 +1,37 @@
 #include "Linux/BrowserBridge/PermissionPrompt.h"
 
-#include "Fakes/QtPrinters.h"
+#include "Testing.h"
+#include "Widgets.h"
 
-#include <QLabel>
 #include <QPointer>
-#include <QPushButton>
-
-#include <gtest/gtest.h>
 
 namespace orvanta {
 
 namespace {
 
-using namespace Qt::StringLiterals;
 using Next = PermissionPrompt::Preparation::Next;
 
 class PermissionPromptTest : public testing::Test {
 protected:
     ~PermissionPromptTest() override { delete prompt; }
 
-    void show(const PermissionPrompt::Preparation& preparation) {
+    void show(const PermissionPrompt::Preparation& preparation = {}) {
         delete prompt;
         done.clear();
-        prompt = new PermissionPrompt(u"<b>Chromium</b> & Cia"_s, {[this, preparation] {
-                                                                       done.append(u"agreed"_s);
-                                                                       return preparation;
-                                                                   },
-                                                                   [this] {
-                                                                       done.append(u"refused"_s);
-                                                                   }});
+        const auto agree = [this, preparation] {
+            return done.append(u"agreed"_s), preparation;
+        };
+        const auto refuse = [this] {
+            done.append(u"refused"_s);
+        };
+        prompt = new PermissionPrompt(u"<b>Chromium</b> & Cia"_s, {agree, refuse});
         prompt->show();
     }
-    QString texts() const {
-        QStringList all;
-        for (const QLabel* label : prompt->findChildren<QLabel*>()) {
-            EXPECT_EQ(label->textFormat(), Qt::PlainText);
-            all.append(label->text());
-        }
-        return all.join(u'\n');
-    }
+    QString text() const { return texts<QLabel>(prompt).join(u'\n'); }
     QStringList buttons() const {
-        QStringList all;
-        for (const QPushButton* button : prompt->findChildren<QPushButton*>()) {
-            all.append(button->text());
-        }
+        QStringList all = texts<QPushButton>(prompt);
         all.sort();
         return all;
-    }
-    void click(const QString& text) const {
-        for (QPushButton* button : prompt->findChildren<QPushButton*>()) {
-            if (button->text() == text) {
-                button->click();
-                return;
-            }
-        }
-        ADD_FAILURE() << qPrintable(text);
     }
     bool isOpen() const { return prompt && prompt->isVisible(); }
 
@@ -63,22 +40,19 @@ protected:
 };
 
 TEST_F(PermissionPromptTest, AnAnswerIsGivenOnceOrNotAtAll) {
-    show({});
-    EXPECT_TRUE(texts().contains(u"Identificar os sites abertos no <b>Chromium</b> & Cia?"_s));
+    show();
+    EXPECT_TRUE(text().contains(u"Identificar os sites abertos no <b>Chromium</b> & Cia?"_s));
     EXPECT_EQ(buttons(), (QStringList{u"Não permitir"_s, u"Permitir"_s}));
     prompt->reject(); // Escape, or its window closed.
     EXPECT_FALSE(isOpen());
     EXPECT_TRUE(done.isEmpty());
-
-    show({});
-    click(u"Não permitir"_s);
-    EXPECT_FALSE(isOpen());
-    EXPECT_EQ(done, QStringList{u"refused"_s});
-
-    show({});
-    click(u"Permitir"_s);
-    EXPECT_FALSE(isOpen());
-    EXPECT_EQ(done, QStringList{u"agreed"_s});
+    for (const auto& [answer, expected] :
+         {std::pair(u"Não permitir"_s, u"refused"_s), {u"Permitir"_s, u"agreed"_s}}) {
+        show();
+        click(prompt, answer);
+        EXPECT_FALSE(isOpen());
+        EXPECT_EQ(done, QStringList{expected});
+    }
 }
 
 TEST_F(PermissionPromptTest, WhatIsLeftToDoIsSaid) {
@@ -97,13 +71,16 @@ TEST_F(PermissionPromptTest, WhatIsLeftToDoIsSaid) {
          {u"Abrir a pasta"_s, u"OK"_s}},
         {{Next::Failed, {}, u"Sem espaço"_s}, u"Sem espaço"_s, {u"OK"_s}},
     };
-    for (const auto& [preparation, text, expected] : rows) {
+    for (const auto& [preparation, said, expected] : rows) {
         show(preparation);
-        click(u"Permitir"_s);
+        click(prompt, u"Permitir"_s);
         EXPECT_TRUE(isOpen());
-        EXPECT_TRUE(texts().contains(text)) << qPrintable(texts());
+        EXPECT_TRUE(text().contains(said)) << qPrintable(text());
+        for (const QLabel* label : visible<QLabel>(prompt)) {
+            EXPECT_EQ(label->textFormat(), Qt::PlainText);
+        }
         EXPECT_EQ(buttons(), expected);
-        click(u"OK"_s);
+        click(prompt, u"OK"_s);
         EXPECT_FALSE(isOpen());
         EXPECT_EQ(done, QStringList{u"agreed"_s});
     }

@@ -1,17 +1,17 @@
 #pragma once
 
 #include "Compositor.h"
+#include "Testing.h"
 
 #include <plasma-window-management-server.h>
-
-#include <map>
-#include <string>
 
 namespace orvanta {
 
 /// The list of windows of a KWin of one client.
 class PlasmaWindows {
 public:
+    static constexpr std::optional<qint64> process{4711};
+
     explicit PlasmaWindows(Compositor& compositor)
         : compositor_(compositor)
         , global_(wl_global_create(compositor.display(),
@@ -19,18 +19,27 @@ public:
 
     bool isBound() const { return manager_ != nullptr; }
 
-    void announce(const char* uuid) {
-        org_kde_plasma_window_management_send_window_with_uuid(manager_, 1, uuid);
+    void awaitAnother() { manager_ = nullptr; }
+
+    void announce(const std::string& uuid) {
+        org_kde_plasma_window_management_send_window_with_uuid(manager_, 1, uuid.c_str());
         compositor_.flush();
+        ASSERT_TRUE(eventually([&] { return window(uuid) != nullptr; }));
+    }
+    void appear(const std::string& name) {
+        if (!window(name)) {
+            announce(name);
+            tell(name, name.c_str(), uint32_t(*process), false);
+        }
     }
     /// Null until the client has asked for it.
     wl_resource* window(const std::string& uuid) const {
         const auto found = windows_.find(uuid);
         return found != windows_.end() ? found->second : nullptr;
     }
-    void tell(const std::string& uuid, const char* appId, uint32_t process, bool isActive) {
+    void tell(const std::string& uuid, const char* appId, uint32_t pid, bool isActive) {
         org_kde_plasma_window_send_app_id_changed(window(uuid), appId);
-        org_kde_plasma_window_send_pid_changed(window(uuid), process);
+        org_kde_plasma_window_send_pid_changed(window(uuid), pid);
         setActive(uuid, isActive);
     }
     void setActive(const std::string& uuid, bool isActive) {

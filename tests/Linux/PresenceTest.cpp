@@ -1,28 +1,21 @@
 #include "Linux/Presence/Presence.h"
 
-#include "Fakes/FakeWorkspace.h"
-#include "Fakes/HandMainLoop.h"
 #include "PrivateBus.h"
+#include "Story.h"
+#include "Testing.h"
 
 #include <QDBusObjectPath>
 #include <QDBusUnixFileDescriptor>
 
-#include <gmock/gmock.h>
 #include <poll.h>
-#include <unistd.h>
-
-#include <memory>
-#include <string>
-#include <vector>
 
 using namespace orvanta;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
 const QString freedesktop = u"org.freedesktop.ScreenSaver"_s;
 const QString gnome = u"org.gnome.ScreenSaver"_s;
+const QString shield = u"org.gnome.Shell.ScreenShield"_s;
 const QString mutterName = u"org.gnome.Mutter.DisplayConfig"_s;
 const QString mutterPath = u"/org/gnome/Mutter/DisplayConfig"_s;
 const QString powerSaveMode = u"PowerSaveMode"_s;
@@ -79,147 +72,120 @@ public:
     int lock = -1;
 };
 
-class PresenceTest : public testing::Test {
+class PresenceTest : public Story {
 protected:
-    void SetUp() override {
-        for (const auto& [name, text] : std::initializer_list<std::pair<Notification, const char*>>{
-                 {Notification::WillSleep, "sleep"},
-                 {Notification::DidWake, "wake"},
-                 {Notification::ScreensDidSleep, "dark"},
-                 {Notification::ScreensDidWake, "bright"},
-                 {Notification::SessionDidResignActive, "away"},
-                 {Notification::SessionDidBecomeActive, "back"},
-                 {Notification::ScreenIsLocked, "locked"},
-                 {Notification::ScreenIsUnlocked, "unlocked"}}) {
-            for (auto* const center : {&workspaceCenter, &distributedCenter}) {
-                center->addObserver(name, [this, text = text] { log.emplace_back(text); });
+    PresenceTest() {
+        int first = static_cast<int>(Notification::WillSleep);
+        for (const char* name :
+             {"sleep", "wake", "dark", "bright", "away", "back", "locked", "unlocked"}) {
+            for (auto* center : {&workspaceCenter, &distributedCenter}) {
+                center->addObserver(Notification(first),
+                                    [this, name] { noted.append(QLatin1String(name)); });
             }
+            ++first;
+        }
+        on(u"logind"_s, [this](int is) { is != 0 ? logind.appear() : logind.disappear(); });
+        on(u"start"_s, [this](int) { start(); });
+        on(u"sleep"_s, [this](int is) { logind.prepareForSleep(is != 0); });
+        on(u"held"_s, [this](int is) { EXPECT_EQ(logind.isHeldUp(), is != 0); });
+        on(u"inhibits"_s, [this](int n) { EXPECT_EQ(logind.service.calls(u"Inhibit"_s), n); });
+        on(u"active"_s, [this](int is) { logind.change(u"Active"_s, is != 0); });
+        on(u"hint"_s, [this](int is) { logind.change(u"LockedHint"_s, is != 0); });
+        on(u"lock"_s, [this](int) { logind.service.say(sessionPath, session, u"Lock"_s); });
+        on(u"unlock"_s, [this](int) { logind.service.say(sessionPath, session, u"Unlock"_s); });
+        on(u"power"_s, [this](int mode) { setPower(serve(mutterName), mode); });
+        on(u"power?"_s, [this](int mode) {
+            serve(mutterName).on(u"GetAll"_s, QVariantMap{{powerSaveMode, mode}});
+        });
+        on(u"gone"_s, [this](int) { services.clear(); });
+        on(u"whatever"_s, [this](int) { noted.clear(); });
+        on(u"front"_s, [this](int is) {
+            const RunningApplication xterm{u"xterm"_s, {}, {}, {}};
+            workspace.front = is != 0 ? std::optional(xterm) : std::nullopt;
+            workspaceCenter.post(Notification::DidActivateApplication);
+        });
+        for (const auto& [word, saver] :
+             {std::pair(u"gnome"_s, gnome), {u"other"_s, freedesktop}, {u"shield"_s, shield}}) {
+            on(word, [this, saver = saver](int is) { turn(saver, is != 0); });
+            // It is there, and answers so when asked.
+            on(word + u'?',
+               [this, saver = saver](int is) { serve(saver).on(u"GetActive"_s, is != 0); });
         }
     }
 
-    void startAlone(const QString& sessionId = u"7"_s) {
+    void start(const QString& sessionId = u"7"_s) {
         presence = std::make_unique<Presence>(
             platform, Presence::Surroundings{systemBus, sessionBus, sessionId, 4711, {}, {}});
         presence->start();
     }
-    void start(const QString& sessionId = u"7"_s) {
-        startAlone(sessionId);
-        settle();
-    }
-    void startWithLogind() {
-        logind.appear();
-        start();
-    }
     FakeService& serve(const QString& name) {
-        services.push_back(std::make_unique<FakeService>(bus));
-        services.back()->own(name);
-        return *services.back();
+        auto& service = services[name];
+        if (!service) {
+            service = std::make_unique<FakeService>(bus);
+            service->own(name);
+        }
+        return *service;
     }
-    FakeService& serveSaver(const QString& name, const QVariant& active) {
-        auto& saver = serve(name);
-        saver.on(u"GetActive"_s, active);
-        return saver;
-    }
-    /// Lets everything that was said be heard, asked about and answered.
-    void settle() {
-        for (int i = 0; i < 8; ++i) {
+    void settle() override {
+        for (int i = 0; sessionBus.isConnected() && i < 8; ++i) {
             drain(logind.service.connection());
-            for (const auto& each : services) {
-                drain(each->connection());
+            for (const auto& [name, service] : services) {
+                drain(service->connection());
             }
             drain(systemBus);
             drain(sessionBus);
         }
     }
-    /// What has been announced since it was asked last.
-    std::vector<std::string> announced() {
-        settle();
-        return std::exchange(log, {});
+    void turn(const QString& saver, const QVariant& active) {
+        const QString& interface = saver == freedesktop ? freedesktop : gnome;
+        serve(saver).say(u"/a/saver"_s, interface, u"ActiveChanged"_s, {active});
     }
-    static void turn(const FakeService& saver, const QString& name, const QVariant& active) {
-        saver.say(u"/a/saver"_s, name, u"ActiveChanged"_s, {active});
-    }
-    static void setPower(const FakeService& mutter, const QVariant& mode) {
-        mutter.change(mutterPath, mutterName, {{powerSaveMode, mode}});
-    }
-    void bringToFront(std::optional<RunningApplication> application) {
-        workspace.front = std::move(application);
-        workspaceCenter.post(Notification::DidActivateApplication);
+    static void setPower(const FakeService& who, const QVariant& mode) {
+        who.change(mutterPath, mutterName, {{powerSaveMode, mode}});
     }
 
     PrivateBus bus;
     QDBusConnection systemBus = bus.connect();
     QDBusConnection sessionBus = bus.connect();
     FakeLogind logind{bus};
-    std::vector<std::unique_ptr<FakeService>> services;
+    std::map<QString, std::unique_ptr<FakeService>> services;
     FakeWorkspace workspace;
     NotificationCenter workspaceCenter;
     NotificationCenter defaultCenter;
     NotificationCenter distributedCenter;
-    HandMainLoop loop;
     Platform platform{workspace, workspaceCenter, defaultCenter, distributedCenter, loop, [] {
                           return std::chrono::system_clock::now();
                       }};
-    std::vector<std::string> log;
     std::unique_ptr<Presence> presence;
 };
-
-// Logind
 
 TEST_F(PresenceTest, SleepWaitsUntilItWasAnnouncedAndNoLonger) {
     bool heldUpWhenTold = false;
     workspaceCenter.addObserver(Notification::WillSleep,
                                 [&] { heldUpWhenTold = logind.isHeldUp(); });
-    startWithLogind();
-    ASSERT_TRUE(logind.isHeldUp());
+    play(u"logind=1 start held=1"_s);
     EXPECT_EQ(logind.inhibition.value(0), u"sleep"_s);
     EXPECT_EQ(logind.inhibition.value(3), u"delay"_s);
-    for (int night = 1; night <= 2; ++night) {
-        logind.prepareForSleep(true);
-        EXPECT_THAT(announced(), ElementsAre("sleep"));
+    for (const QString& night : {u"inhibits=1"_s, u"inhibits=2"_s}) {
+        play(u"sleep=1 [sleep] held=0 "_s + night);
         EXPECT_TRUE(std::exchange(heldUpWhenTold, false));
-        EXPECT_FALSE(logind.isHeldUp());
-        EXPECT_EQ(logind.service.calls(u"Inhibit"_s), night);
-        logind.prepareForSleep(false);
-        EXPECT_THAT(announced(), ElementsAre("wake"));
-        EXPECT_TRUE(logind.isHeldUp());
+        play(u"sleep=0 [wake] held=1"_s);
     }
     presence.reset();
     EXPECT_FALSE(logind.isHeldUp());
 }
 
 TEST_F(PresenceTest, ALogindThatReturnsIsAskedAnew) {
-    startWithLogind();
-    logind.prepareForSleep(true);
-    logind.change(u"Active"_s, false);
-    logind.change(u"Active"_s, false);
-    logind.change(u"LockedHint"_s, true);
-    EXPECT_THAT(announced(), ElementsAre("sleep", "away", "locked"));
-    logind.disappear();
-    EXPECT_THAT(announced(), IsEmpty()); // Its word stands.
-    loop.advance(59.0);
-    logind.appear();
-    EXPECT_THAT(announced(), ElementsAre("wake", "back", "unlocked"));
-    EXPECT_TRUE(logind.isHeldUp());
-
-    logind.service.say(sessionPath, session, u"Lock"_s);
-    logind.change(u"Active"_s, false);
-    EXPECT_THAT(announced(), ElementsAre("locked", "away"));
-    logind.service.say(sessionPath, session, u"Unlock"_s);
-    EXPECT_THAT(announced(), ElementsAre("unlocked"));
-    logind.disappear();
-    EXPECT_THAT(announced(), IsEmpty());
-    loop.advance(61.0);
-    EXPECT_THAT(announced(), ElementsAre("back"));
+    play(u"logind=1 start sleep=1 active=0 active=0 hint=1 [sleep away locked] "
+         "logind=0 [] 59s logind=1 [wake back unlocked] held=1 " // Its word stands until then.
+         "lock active=0 [locked away] unlock [unlocked] logind=0 [] 61s [back]"_s);
 }
 
 TEST_F(PresenceTest, WhatHoldsAlreadyIsAnnounced) {
     logind.service.on(u"Get"_s, QVariant::fromValue(QDBusVariant(true)));
     logind.properties = {{u"Active"_s, false}, {u"LockedHint"_s, true}};
-    serve(mutterName).on(u"GetAll"_s, QVariantMap{{powerSaveMode, 3}});
-    startWithLogind();
-    EXPECT_THAT(announced(), testing::UnorderedElementsAre("sleep", "dark", "away", "locked"));
-    EXPECT_EQ(logind.service.calls(u"Inhibit"_s), 0); // The machine is about to sleep.
+    // The machine is about to sleep.
+    play(u"power?=3 logind=1 start {sleep dark away locked} inhibits=0"_s);
 }
 
 TEST_F(PresenceTest, TheSessionIsFoundByItsProcessOrAsTheCallersOwn) {
@@ -230,120 +196,53 @@ TEST_F(PresenceTest, TheSessionIsFoundByItsProcessOrAsTheCallersOwn) {
     });
     for (const QString& id : {QString(), u"none such"_s}) {
         start(id);
-        EXPECT_THAT(announced(), ElementsAre("away"));
+        play(u"[away]"_s);
     }
     logind.service.on(u"GetSessionByPID"_s, u"not a path"_s);
     logind.sessionId = u"auto"_s;
     start({});
-    EXPECT_THAT(announced(), ElementsAre("away"));
+    play(u"[away]"_s);
 }
-
-// Several sources of one reason
 
 TEST_F(PresenceTest, EachReasonIsAnnouncedWhenItsFirstSourceComesAndItsLastGoes) {
-    auto& mutter = serve(mutterName);
-    auto& first = serveSaver(gnome, false);
-    auto& second = serveSaver(freedesktop, false);
-    startWithLogind();
-    EXPECT_THAT(announced(), IsEmpty());
-    const auto settleCalmly = [&] {
-        settle();
-        loop.advance(2.0);
-    };
-    setPower(mutter, 1);
-    EXPECT_THAT(announced(), ElementsAre("dark"));
-    turn(first, gnome, true); // Logind says that it is no lock.
-    turn(second, freedesktop, true);
-    settleCalmly();
-    setPower(mutter, -1);
-    turn(first, gnome, false);
-    settleCalmly();
-    EXPECT_THAT(announced(), IsEmpty());
-    logind.change(u"LockedHint"_s, true);
-    EXPECT_THAT(announced(), ElementsAre("locked", "bright")); // Never neither.
-    turn(second, freedesktop, false);
-    settleCalmly();
-    EXPECT_THAT(announced(), IsEmpty());
-    logind.change(u"LockedHint"_s, false);
-    EXPECT_THAT(announced(), ElementsAre("unlocked"));
-
+    // A saver is no lock where logind says so; there is never neither.
+    play(u"power?=0 gnome?=0 other?=0 logind=1 start [] power=1 [dark] gnome=1 other=1 2s power=-1 "
+         "gnome=0 2s [] hint=1 [locked bright] other=0 2s [] hint=0 [unlocked]"_s);
+    auto& mutter = *services.at(mutterName);
     mutter.on(u"GetAll"_s, QVariantMap{{powerSaveMode, 2}});
     mutter.change(mutterPath, mutterName, {}, {powerSaveMode});
-    EXPECT_THAT(announced(), ElementsAre("dark"));
+    play(u"[dark]"_s);
 }
 
-// Savers that come and go
-
 TEST_F(PresenceTest, TheWordOfASaverThatDiedStandsUntilItsSuccessorSpeaks) {
-    start();
+    play(u"start"_s);
     // It comes later, is active already, and is a lock where no logind says otherwise.
     serve(freedesktop).on(u"GetActive"_s, [](const QDBusMessage& call) {
         return call.path() == u"/ScreenSaver"_s ? std::optional(QVariantList{true}) : std::nullopt;
     });
-    EXPECT_THAT(announced(), ElementsAre("locked"));
-    for (const QVariant& word : {QVariant(true), QVariant(u"what?"_s)}) {
-        services.clear();
-        settle();
-        loop.advance(59.0);
-        EXPECT_THAT(announced(), IsEmpty());
-        serveSaver(freedesktop, word);
-        settle();
-        loop.advance(100.0);
-    }
-    EXPECT_THAT(announced(), ElementsAre("unlocked")); // It answers, but not whether it is active.
+    play(u"[locked] gone 59s [] other?=1 100s gone 59s []"_s);
+    serve(freedesktop).on(u"GetActive"_s, u"what?"_s); // It answers, but not whether it is active.
+    play(u"100s [unlocked]"_s);
 }
 
 TEST_F(PresenceTest, GnomesLockIsHeardWhetherOrNotItsScreenSaverServiceRuns) {
-    const auto& shell = serveSaver(u"org.gnome.Shell.ScreenShield"_s, false);
-    start();
-    turn(shell, gnome, true);
-    EXPECT_THAT(announced(), ElementsAre("locked"));
-    auto& service = serveSaver(gnome, true); // It passes on what the shell says.
-    settle();
-    turn(service, gnome, false);
-    settle();
-    loop.advance(2.0);
-    EXPECT_THAT(announced(), IsEmpty());
-    turn(shell, gnome, false);
-    EXPECT_THAT(announced(), ElementsAre("unlocked"));
+    // The service passes on what the shell says.
+    play(u"shield?=0 start shield=1 [locked] gnome?=1 gnome=0 2s [] shield=0 [unlocked]"_s);
 }
 
 TEST_F(PresenceTest, TheHintThatASaverLeftStandsUntilSomebodyIsAtWork) {
-    const RunningApplication xterm{u"xterm"_s, {}, {}, {}};
-    serveSaver(gnome, true);
     logind.properties[u"LockedHint"_s] = true;
-    startWithLogind();
-    ASSERT_THAT(announced(), testing::Contains("locked"));
-    bringToFront(xterm); // Under a lock that lives.
-    EXPECT_THAT(announced(), IsEmpty());
-    loop.advance(2.0);
-    services.clear();
-    settle();
-    loop.advance(3600.0);
-    bringToFront(std::nullopt);
-    EXPECT_THAT(announced(), IsEmpty());
-    bringToFront(xterm);
-    EXPECT_THAT(announced(), ElementsAre("unlocked"));
-    logind.change(u"LockedHint"_s, false);
-    logind.change(u"LockedHint"_s, true); // A new lock.
-    EXPECT_THAT(announced(), ElementsAre("locked"));
-    bringToFront(xterm);
-    EXPECT_THAT(announced(), IsEmpty());
+    play(u"gnome?=1 logind=1 start whatever front=1 [] 2s " // Under a lock that lives.
+         "gone 3600s front=0 [] front=1 [unlocked] hint=0 hint=1 [locked] front=1 []"_s);
 }
 
 TEST_F(PresenceTest, WhenTheBusDiesEverybodyOnItHasVanishedAfterAMinute) {
-    serveSaver(gnome, true);
-    start();
-    EXPECT_THAT(announced(), ElementsAre("locked"));
+    play(u"gnome?=1 start [locked]"_s);
     bus.kill();
     ASSERT_TRUE(eventually([&] { return !sessionBus.isConnected(); }));
     QCoreApplication::processEvents();
-    loop.advance(59.0);
-    EXPECT_THAT(log, IsEmpty());
-    loop.advance(2.0);
-    EXPECT_THAT(log, ElementsAre("unlocked"));
-
-    startAlone();
+    play(u"59s [] 2s [unlocked]"_s);
+    start();
     QCoreApplication::processEvents();
     EXPECT_EQ(loop.armedCount(), 0U) << "nobody to wait for";
 }
@@ -351,13 +250,14 @@ TEST_F(PresenceTest, WhenTheBusDiesEverybodyOnItHasVanishedAfterAMinute) {
 // Strangers, nonsense and floods
 
 TEST_F(PresenceTest, StrangersAndWordsOfTheWrongTypeSayNothing) {
-    auto& saver = serveSaver(gnome, u"yes"_s);
+    serve(gnome).on(u"GetActive"_s, u"yes"_s);
     auto& mutter = serve(mutterName);
     mutter.on(u"GetAll"_s, QVariantMap{{powerSaveMode, u"off"_s}});
     logind.properties = {{u"Active"_s, 0}, {u"LockedHint"_s, 1}};
     logind.service.on(u"Get"_s, QVariant(true)); // Not in a variant.
-    startWithLogind();
-    turn(saver, gnome, 1);
+    play(u"logind=1 start"_s);
+    settle();
+    turn(gnome, 1);
     mutter.say(mutterPath, u"org.freedesktop.DBus.Properties"_s, u"PropertiesChanged"_s,
                {mutterName, u"no map"_s, 3});
     mutter.change(mutterPath, u"org.other"_s, {{powerSaveMode, 3}});
@@ -374,43 +274,34 @@ TEST_F(PresenceTest, StrangersAndWordsOfTheWrongTypeSayNothing) {
         stranger.say(managerPath, manager, u"PrepareForSleep"_s, {true}, whom);
         stranger.say(u"/org/gnome/ScreenSaver"_s, gnome, u"ActiveChanged"_s, {true}, whom);
     }
-    EXPECT_THAT(announced(), IsEmpty());
-    EXPECT_TRUE(logind.isHeldUp());
-    turn(saver, gnome, true); // What comes after is heard.
-    EXPECT_THAT(announced(), ElementsAre("locked"));
+    play(u"[] held=1 gnome=1 [locked]"_s); // What comes after is heard.
 }
 
 TEST_F(PresenceTest, AServiceThatNeverAnswersIsStillHeardAndIsNotAskedOverAndOver) {
-    auto& saver = serve(gnome);
-    saver.ignore(u"GetActive"_s);
+    serve(gnome).ignore(u"GetActive"_s);
     auto& mutter = serve(mutterName);
     mutter.ignore(u"GetAll"_s);
     for (const QString& member : {u"Get"_s, u"GetSession"_s, u"Inhibit"_s}) {
         logind.service.ignore(member);
     }
-    startWithLogind();
-    logind.prepareForSleep(true);
-    logind.prepareForSleep(false);
-    turn(saver, gnome, true);
-    EXPECT_THAT(announced(), ElementsAre("sleep", "wake", "locked"));
+    play(u"logind=1 start sleep=1 sleep=0 gnome=1 [sleep wake locked]"_s);
     for (int i = 0; i < 1000; ++i) {
         mutter.change(mutterPath, mutterName, {}, {powerSaveMode});
         logind.prepareForSleep(i % 2 == 0);
     }
-    settle();
+    play(u"inhibits=1"_s);
     EXPECT_EQ(mutter.calls(u"GetAll"_s), 1);
-    EXPECT_EQ(logind.service.calls(u"Inhibit"_s), 1);
 }
 
 TEST_F(PresenceTest, AStormIsHeardAsItsFirstAndLastWord) {
-    auto& saver = serveSaver(gnome, false);
-    startWithLogind();
+    auto& saver = serve(gnome);
+    saver.on(u"GetActive"_s, false);
+    play(u"logind=1 start"_s);
+    settle();
     for (int i = 0; i < 10'000; ++i) {
-        turn(saver, gnome, i % 2 == 0);
+        turn(gnome, i % 2 == 0);
     }
-    EXPECT_THAT(announced(), ElementsAre("dark"));
-    loop.advance(1.0);
-    EXPECT_THAT(announced(), ElementsAre("bright"));
+    play(u"[dark] 1s [bright]"_s);
 
     // The name goes from hand to hand.
     const int asked = saver.calls(u"GetActive"_s);
@@ -420,10 +311,7 @@ TEST_F(PresenceTest, AStormIsHeardAsItsFirstAndLastWord) {
     }
     settle();
     EXPECT_LE(saver.calls(u"GetActive"_s), asked + 1);
-    loop.advance(1.0);
-    settle();
-    turn(saver, gnome, true);
-    EXPECT_THAT(announced(), ElementsAre("dark"));
+    play(u"1s gnome=1 [dark]"_s);
 }
 
 } // namespace

@@ -1,17 +1,13 @@
 #pragma once
 
-#include "Program.h"
+#include "Testing.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
-#include <QTemporaryDir>
 
-#include <functional>
-#include <map>
-#include <optional>
 #include <set>
 
 namespace orvanta {

@@ -1,8 +1,6 @@
 #include "Linux/MainLoop/QtMainLoop.h"
 
-#include "Eventually.h"
-
-#include <gtest/gtest.h>
+#include "Testing.h"
 
 using namespace orvanta;
 using namespace std::chrono_literals;

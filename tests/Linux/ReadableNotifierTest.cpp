@@ -1,58 +1,36 @@
 #include "Linux/MainLoop/ReadableNotifier.h"
 
-#include "Eventually.h"
-
-#include <QCoreApplication>
+#include "Testing.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <array>
-#include <memory>
-#include <utility>
 
 using namespace orvanta;
 
 namespace {
 
-class Pipe {
-public:
-    Pipe() { EXPECT_EQ(::pipe2(ends_.data(), O_CLOEXEC), 0); }
+struct Pipe {
+    Pipe() { EXPECT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0); }
     ~Pipe() {
-        ::close(ends_[0]);
-        closeWriting();
+        ::close(ends[0]);
+        ::close(ends[1]);
     }
-    Pipe(const Pipe&) = delete;
-    Pipe& operator=(const Pipe&) = delete;
+    void write() const { EXPECT_EQ(::write(ends[1], "x", 1), 1); }
 
-    int reading() const { return ends_[0]; }
-    void write() const { EXPECT_EQ(::write(ends_[1], "x", 1), 1); }
-    void read() const {
-        char byte = 0;
-        EXPECT_EQ(::read(ends_[0], &byte, 1), 1);
-    }
-    void closeWriting() {
-        if (ends_[1] >= 0) {
-            ::close(std::exchange(ends_[1], -1));
-        }
-    }
-
-private:
-    std::array<int, 2> ends_{-1, -1};
+    std::array<int, 2> ends{-1, -1};
 };
 
 TEST(ReadableNotifierTest, TellsAsLongAsThereIsSomethingAndItIsEnabled) {
     Pipe pipe;
     Pipe other;
-    ReadableNotifier notifier(pipe.reading());
-    const ReadableNotifier silent(other.reading());
+    ReadableNotifier notifier(pipe.ends[0]);
+    const ReadableNotifier silent(other.ends[0]);
     int told = 0;
     QObject::connect(&notifier, &ReadableNotifier::activated, [&] { ++told; });
     QObject::connect(&silent, &ReadableNotifier::activated, [] { ADD_FAILURE(); });
     pipe.write();
     EXPECT_TRUE(eventually([&] { return told >= 3; }));
-    pipe.read();
+    char byte = 0;
+    EXPECT_EQ(::read(pipe.ends[0], &byte, 1), 1);
     QCoreApplication::processEvents();
     const int before = told;
     QCoreApplication::processEvents();
@@ -61,7 +39,7 @@ TEST(ReadableNotifierTest, TellsAsLongAsThereIsSomethingAndItIsEnabled) {
     // A peer's end is not to be heard of either.
     notifier.setEnabled(false);
     pipe.write();
-    pipe.closeWriting();
+    ::close(std::exchange(pipe.ends[1], -1));
     for (int i = 0; i < 3; ++i) {
         QCoreApplication::processEvents();
     }
@@ -76,7 +54,7 @@ TEST(ReadableNotifierTest, OneMayRemoveAnotherThatIsDueAndItself) {
     int told = 0;
     for (size_t i = 0; i < pipes.size(); ++i) {
         pipes[i].write();
-        notifiers[i] = std::make_unique<ReadableNotifier>(pipes[i].reading());
+        notifiers[i] = std::make_unique<ReadableNotifier>(pipes[i].ends[0]);
         QObject::connect(notifiers[i].get(), &ReadableNotifier::activated, [&] {
             ++told;
             for (auto& each : notifiers) {

@@ -1,12 +1,6 @@
 #include "Linux/Presence/ScreenLock.h"
 
-#include "Fakes/HandMainLoop.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <map>
-#include <string>
+#include "Testing.h"
 
 using namespace orvanta;
 

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "PrivateBus.h"
-
-#include <utility>
+#include "Testing.h"
 
 namespace orvanta {
 

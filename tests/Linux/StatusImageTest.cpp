@@ -1,12 +1,10 @@
 #include "Linux/StatusNotifier/StatusImage.h"
 
-#include <QColor>
-#include <QSet>
+#include "Testing.h"
 
-#include <gtest/gtest.h>
+#include <QColor>
 
 using namespace orvanta;
-using namespace Qt::StringLiterals;
 using Tone = StatusTitle::Tone;
 
 namespace {
@@ -54,20 +52,19 @@ TEST(StatusImageTest, EverythingIsInsideLargeAndInTheColourOfTheTone) {
 }
 
 TEST(StatusImageTest, EachShareAndEachSymbolLooksDifferentAndTheArrowPointsUpOrDown) {
-    QSet<QByteArray> seen;
+    QList<QImage> seen;
     const auto add = [&seen](QChar symbol, std::optional<int> share) {
         const QImage image = statusImage({symbol, share, {}, Tone::secondary}, 22);
-        seen.insert(
-            QByteArray(reinterpret_cast<const char*>(image.constBits()), image.sizeInBytes()));
+        EXPECT_FALSE(seen.contains(image)) << int(symbol.unicode()) << ' ' << share.value_or(-1);
+        seen.append(image);
     };
     for (int share = 0; share <= 100; ++share) {
         add(u'↑', share);
     }
     add(u'↑', std::nullopt);
-    for (const QChar symbol : {u'↓', u'Ⅱ', u'?'}) {
-        add(symbol, 63);
-    }
-    EXPECT_EQ(seen.size(), 105);
+    add(u'↓', 63);
+    add(u'Ⅱ', 63);
+    add(u'?', 63);
 
     const QImage up = statusImage({u'↑', 1, {}, Tone::production}, 44);
     const QImage down = statusImage({u'↓', 1, {}, Tone::production}, 44);

@@ -1,89 +1,13 @@
 #include "Linux/Wayland/SwayShell.h"
 
-#include "Compositor.h"
-#include "Eventually.h"
-#include "Fakes/HandMainLoop.h"
-#include "Fakes/QtPrinters.h"
-#include "Linux/Windows/SwayConnection.h"
-
-#include <gmock/gmock.h>
-#include <unistd.h>
-
-#include <atomic>
-#include <map>
-#include <mutex>
-#include <thread>
+#include "Sway.h"
+#include "Testing.h"
 
 using namespace orvanta;
-using namespace Qt::StringLiterals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
-
-/// Sway's interface on a thread of its own, as the caller waits for it. Answers whatever a test
-/// says; where there is nothing, not at all.
-class AnsweringSway {
-public:
-    ~AnsweringSway() {
-        ::shutdown(listener_.descriptor(), SHUT_RDWR);
-        thread_.join();
-    }
-
-    const QByteArray& path() const { return listener_.path(); }
-    void answer(uint32_t type, const QByteArray& text) {
-        const std::scoped_lock lock(mutex_);
-        answers_[type] = text;
-    }
-    std::vector<QByteArray> commands() const {
-        const std::scoped_lock lock(mutex_);
-        return commands_;
-    }
-
-private:
-    void serve() {
-        for (int client = 0; (client = ::accept(listener_.descriptor(), nullptr, nullptr)) >= 0;) {
-            std::array<char, 14> header{};
-            while (::recv(client, header.data(), header.size(), MSG_WAITALL) ==
-                   static_cast<ssize_t>(header.size())) {
-                uint32_t length = 0;
-                uint32_t type = 0;
-                std::memcpy(&length, header.data() + 6, sizeof length);
-                std::memcpy(&type, header.data() + 10, sizeof type);
-                QByteArray text(length, '\0');
-                if (length > 0) { // For nothing it would wait.
-                    ::recv(client, text.data(), length, MSG_WAITALL);
-                }
-                reply(client, type, text);
-            }
-            ::close(client);
-        }
-    }
-    void reply(int client, uint32_t type, const QByteArray& text) {
-        const std::scoped_lock lock(mutex_);
-        if (type == SwayConnection::RunCommand) {
-            commands_.push_back(text);
-        }
-        const auto found = answers_.find(type);
-        if (found == answers_.end()) {
-            return;
-        }
-        const auto length = static_cast<uint32_t>(found->second.size());
-        const QByteArray message =
-            QByteArray("i3-ipc") +
-            QByteArray(reinterpret_cast<const char*>(&length), sizeof length) +
-            QByteArray(reinterpret_cast<const char*>(&type), sizeof type) + found->second;
-        ::send(client, message.constData(), static_cast<size_t>(message.size()), MSG_NOSIGNAL);
-    }
-
-    Listener listener_;
-    mutable std::mutex mutex_;
-    std::map<uint32_t, QByteArray> answers_;
-    std::vector<QByteArray> commands_;
-    std::thread thread_{[this] {
-        serve();
-    }};
-};
 
 class SwayShellTest : public testing::Test {
 protected:
@@ -93,11 +17,11 @@ protected:
     }
     /// Whether sway has been asked so often, and its last answer has been read.
     bool isAsked(size_t times) {
-        return eventually([&] { return sway.commands().size() == times; }) &&
+        return eventually([&] { return sway.asked(SwayConnection::RunCommand).size() == times; }) &&
                eventually([&] { return loop.armedCount() == 1; });
     }
 
-    AnsweringSway sway;
+    Sway sway;
     HandMainLoop loop;
     SwayShell shell{sway.path(), loop};
 };
@@ -137,7 +61,7 @@ TEST_F(SwayShellTest, AWindowIsMovedAsSoonAsSwayKnowsIt) {
                 R"([{"success": false, "error": "No matching node."}])");
     shell.place(u"a.b"_s, {960, 28});
     ASSERT_TRUE(isAsked(1));
-    EXPECT_EQ(sway.commands().front(),
+    EXPECT_EQ(sway.asked(SwayConnection::RunCommand).front(),
               "[pid=" + QByteArray::number(QCoreApplication::applicationPid()) +
                   R"( title="^a\.b$"] floating enable, move absolute position 960 px 28 px)");
     loop.advance(0.01);

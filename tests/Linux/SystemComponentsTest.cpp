@@ -1,6 +1,6 @@
 #include "Linux/Applications/SystemComponents.h"
 
-#include <gtest/gtest.h>
+#include "Testing.h"
 
 using namespace orvanta;
 

@@ -13,6 +13,8 @@ inline void destroyResource(wl_client*, wl_resource* resource) {
 /// The list of windows of a compositor of one client.
 class TaskBar {
 public:
+    static constexpr std::optional<qint64> process{}; ///< is not told
+
     explicit TaskBar(Compositor& compositor)
         : compositor_(compositor)
         , global_(wl_global_create(compositor.display(),
@@ -20,6 +22,13 @@ public:
 
     bool isBound() const { return manager_ != nullptr; }
     void awaitAnother() { manager_ = nullptr; }
+
+    void appear(const std::string& name) {
+        auto& handle = windows_[name];
+        handle = handle ? handle : add(name.c_str());
+    }
+    wl_resource* window(const std::string& name) const { return windows_.at(name); }
+    void setActive(const std::string& name, bool isActive) { setActive(window(name), isActive); }
 
     wl_resource* add(const char* appId, bool isActive = false) {
         wl_client* client = wl_resource_get_client(manager_);
@@ -77,6 +86,7 @@ private:
     Compositor& compositor_;
     wl_global* global_;
     wl_resource* manager_ = nullptr;
+    std::map<std::string, wl_resource*> windows_;
 };
 
 } // namespace orvanta

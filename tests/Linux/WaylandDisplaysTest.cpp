@@ -1,14 +1,10 @@
 #include "Linux/Presence/WaylandDisplays.h"
 
 #include "Compositor.h"
-#include "Eventually.h"
+#include "Testing.h"
 
 #include <dpms-server.h>
-#include <gtest/gtest.h>
 #include <wlr-output-power-management-unstable-v1-server.h>
-
-#include <array>
-#include <vector>
 
 using namespace orvanta;
 
@@ -20,28 +16,15 @@ public:
     explicit Outputs(Compositor& compositor)
         : compositor_(compositor) {}
 
-    void offerWlr() {
-        wl_global_create(compositor_.display(), &zwlr_output_power_manager_v1_interface, 1, this,
+    /// In both protocols a manager's first request is to follow an output.
+    template <const wl_interface* manager, const wl_interface* power>
+    void offer() {
+        wl_global_create(compositor_.display(), manager, 1, this,
                          [](wl_client* client, void* self, uint32_t, uint32_t id) {
-                             static const auto requests = [] {
-                                 struct zwlr_output_power_manager_v1_interface known {};
-                                 known.get_output_power = follow<&zwlr_output_power_v1_interface>;
-                                 return known;
-                             }();
-                             offer(client, &zwlr_output_power_manager_v1_interface, id, &requests,
-                                   self);
-                         });
-    }
-    void offerKWin() {
-        wl_global_create(compositor_.display(), &org_kde_kwin_dpms_manager_interface, 1, this,
-                         [](wl_client* client, void* self, uint32_t, uint32_t id) {
-                             static const auto requests = [] {
-                                 struct org_kde_kwin_dpms_manager_interface known {};
-                                 known.get = follow<&org_kde_kwin_dpms_interface>;
-                                 return known;
-                             }();
-                             offer(client, &org_kde_kwin_dpms_manager_interface, id, &requests,
-                                   self);
+                             static constexpr std::array requests{&follow<power>};
+                             wl_resource* resource = wl_resource_create(client, manager, 1, id);
+                             wl_resource_set_implementation(resource, requests.data(), self,
+                                                            nullptr);
                          });
     }
     wl_global* plug() {
@@ -58,11 +41,6 @@ public:
     std::vector<wl_resource*> powers;
 
 private:
-    static void offer(wl_client* client, const wl_interface* interface, uint32_t id,
-                      const void* requests, void* self) {
-        wl_resource* manager = wl_resource_create(client, interface, 1, id);
-        wl_resource_set_implementation(manager, requests, self, nullptr);
-    }
     template <const wl_interface* interface>
     static void follow(wl_client* client, wl_resource* manager, uint32_t id, wl_resource*) {
         // To set it, as nobody does here, comes before to destroy it in both protocols.
@@ -93,7 +71,7 @@ protected:
 };
 
 TEST_F(WaylandDisplaysTest, TheyAreOffWhenEveryOutputIs) {
-    outputs.offerWlr();
+    outputs.offer<&zwlr_output_power_manager_v1_interface, &zwlr_output_power_v1_interface>();
     outputs.plug();
     wl_global* second = outputs.plug();
     WaylandDisplays displays(compositor.name());
@@ -101,8 +79,7 @@ TEST_F(WaylandDisplaysTest, TheyAreOffWhenEveryOutputIs) {
     QObject::connect(&displays, &WaylandDisplays::changed, [&] { ++changes; });
     ASSERT_TRUE(follows(2));
     const auto set = [&](size_t output, bool on) {
-        zwlr_output_power_v1_send_mode(outputs.powers[output], on ? ZWLR_OUTPUT_POWER_V1_MODE_ON
-                                                                  : ZWLR_OUTPUT_POWER_V1_MODE_OFF);
+        zwlr_output_power_v1_send_mode(outputs.powers[output], on ? 1 : 0);
     };
     set(0, false);
     set(1, false);
@@ -126,7 +103,7 @@ TEST_F(WaylandDisplaysTest, TheyAreOffWhenEveryOutputIs) {
 }
 
 TEST_F(WaylandDisplaysTest, KWinSaysItInItsOwnWay) {
-    outputs.offerKWin();
+    outputs.offer<&org_kde_kwin_dpms_manager_interface, &org_kde_kwin_dpms_interface>();
     outputs.plug();
     const WaylandDisplays displays(compositor.name());
     ASSERT_TRUE(follows(1));

@@ -1,11 +1,7 @@
 #include "Linux/Presence/X11Displays.h"
 
-#include "Fakes/HandMainLoop.h"
+#include "Testing.h"
 #include "XServer.h"
-
-#include <gtest/gtest.h>
-
-#include <optional>
 
 using namespace orvanta;
 

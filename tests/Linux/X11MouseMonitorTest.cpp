@@ -1,11 +1,7 @@
 #include "Linux/Windows/X11MouseMonitor.h"
 
-#include "Eventually.h"
+#include "Testing.h"
 #include "XServer.h"
-
-#include <QProcess>
-
-#include <gtest/gtest.h>
 
 using namespace orvanta;
 

@@ -1,12 +1,8 @@
 #include "Linux/Windows/X11Screens.h"
 
-#include "Fakes/QtPrinters.h"
 #include "Linux/Windows/X11MouseMonitor.h"
+#include "Testing.h"
 #include "XServer.h"
-
-#include <gmock/gmock.h>
-
-#include <memory>
 
 using namespace orvanta;
 

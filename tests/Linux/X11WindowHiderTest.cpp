@@ -1,16 +1,6 @@
-#include "Fakes/HandMainLoop.h"
-#include "Fakes/QtPrinters.h"
 #include "Linux/Applications/LinuxApplicationLauncher.h"
+#include "Testing.h"
 #include "XServer.h"
-
-#include <QFile>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
-#include <csignal>
-#include <utility>
-#include <vector>
 
 using namespace orvanta;
 
@@ -38,20 +28,16 @@ protected:
         return count;
     }
     void launch(const QByteArray& command) {
-        const QString path = folder.filePath(u"program.desktop"_s);
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("[Desktop Entry]\nType=Application\nName=x\nExec=env DISPLAY=" +
-                   server.display() + ' ' + command + '\n');
-        file.close();
-        launcher.openApplication(path, {.activates = false, .hides = true},
-                                 [this] { ++completions; });
+        folder.writeEntry(u"program"_s,
+                          "Exec=env DISPLAY=" + server.display() + ' ' + command + '\n');
+        launcher.openApplication(folder.path(u"program.desktop"_s),
+                                 {.activates = false, .hides = true}, [this] { ++completions; });
     }
 
     XServer server;
     XClient client{server};
     Program windowManager{u"env"_s, onThisServer({u"openbox"_s, u"--sm-disable"_s})};
-    const QTemporaryDir folder;
+    const TemporaryFolder folder;
     DesktopEntries entries{{folder.path()}};
     HandMainLoop loop;
     std::vector<qint64> started;

@@ -1,22 +1,16 @@
 #include "Linux/Windows/X11WindowWatcher.h"
 
-#include "Fakes/HandMainLoop.h"
-#include "Fakes/QtPrinters.h"
 #include "Linux/MainLoop/QtMainLoop.h"
+#include "Testing.h"
+#include "WatcherContract.h"
 #include "XServer.h"
-
-#include <gmock/gmock.h>
-#include <unistd.h>
-
-#include <optional>
 
 using namespace orvanta;
 using namespace std::string_literals;
-using State = WindowWatcher::State;
 
 namespace {
 
-class X11WindowWatcherTest : public testing::Test {
+class X11Route : public WatcherRoute {
 protected:
     // What a window manager says, exactly as a test dictates.
     void manageWindows() {
@@ -38,95 +32,74 @@ protected:
     void setActive(xcb_window_t window) {
         client.set(client.root(), "_NET_ACTIVE_WINDOW", "WINDOW", {window});
     }
-    void setClients(const std::vector<uint32_t>& windows) {
-        client.set(client.root(), "_NET_CLIENT_LIST", "WINDOW", windows);
+    void setClients(const std::vector<uint32_t>& all) {
+        client.set(client.root(), "_NET_CLIENT_LIST", "WINDOW", all);
     }
 
+    void make() { watcher = std::make_unique<X11WindowWatcher>(server.display(), loop); }
     void watch() {
         manageWindows();
-        watcher.emplace(server.display(), loop);
+        make();
         ASSERT_EQ(watcher->state(), State::Watching);
         ASSERT_EQ(loop.armedCount(), 0U);
     }
-
-    QString activeClass() const {
-        const auto& window = watcher->activeWindow();
-        return window ? window->wmClass : u"none"_s;
+    void show(const QString& name) {
+        if (name != u"none"_s && !windows.contains(name)) {
+            windows[name] = client.create("instance", name.toStdString());
+        }
+        setActive(windows[name]); // 0 for none
     }
-    bool becomesActive(const char* wmClass) {
-        return eventually([&] { return activeClass() == QLatin1String(wmClass); });
-    }
-    bool becomes(State state) {
-        return eventually([&] { return watcher->state() == state; });
-    }
+    void end() { server.kill(); }
     /// "None" is held back until it has stood a while.
     bool noneIsPending() {
         return eventually([&] { return loop.armedCount() == 1; });
     }
-    bool becomesNone() {
-        const bool pending = noneIsPending();
-        loop.advance(1);
-        return pending && activeClass() == u"none"_s;
-    }
-    /// Shows a window of known class and sees it, so that what came before has been read.
+    bool becomesNone() { return noneIsPending() && becomes(u"none"_s); }
+    /// Shows a window and sees it, so that what came before has been read.
     void showMarker() {
-        setActive(client.create("marker", "Marker"));
-        ASSERT_TRUE(becomesActive("Marker"));
+        show(u"Marker"_s);
+        ASSERT_TRUE(becomes(u"Marker"_s));
     }
 
+    const std::optional<qint64> process = ::getpid(); ///< as the server knows
     XServer server;
     XClient client{server};
     const xcb_window_t check = client.create(client.newId());
-    HandMainLoop loop;
-    std::optional<X11WindowWatcher> watcher;
+    std::map<QString, xcb_window_t> windows;
 };
+INSTANTIATE_TYPED_TEST_SUITE_P(X11, WatcherContract, X11Route);
 
-TEST_F(X11WindowWatcherTest, AWindowIsReadWithItsIdentity) {
+TEST_F(X11Route, AWindowIsReadWithItsIdentity) {
     watch();
     const auto window = client.create("instance", "Klass");
     client.setText(window, "_GTK_APPLICATION_ID", "UTF8_STRING", "org.example.App");
     client.setText(window, "_KDE_NET_WM_DESKTOP_FILE", "UTF8_STRING", "org.example.file");
-    client.set(window, "_NET_WM_PID", "CARDINAL", {1});
+    client.set(window, "_NET_WM_PID", "CARDINAL", {1}); // The server knows better.
     setActive(window);
-    ASSERT_TRUE(becomesActive("Klass"));
-    EXPECT_EQ(watcher->activeWindow()->id, window);
-    EXPECT_EQ(watcher->activeWindow()->wmInstance, u"instance"_s);
-    EXPECT_EQ(watcher->activeWindow()->gtkApplicationId, u"org.example.App"_s);
-    EXPECT_EQ(watcher->activeWindow()->desktopFile, u"org.example.file"_s);
-    EXPECT_EQ(watcher->activeWindow()->processIdentifier, ::getpid()) << "the server knows better";
+    watcher->update(); // Who cannot wait asks.
+    EXPECT_EQ(watcher->activeWindow(),
+              (Window{window, u"instance"_s, u"Klass"_s, u"org.example.App"_s,
+                      u"org.example.file"_s, process}));
 }
 
-TEST_F(X11WindowWatcherTest, WhoCannotWaitAsksAndIsToldOnce) {
+TEST_F(X11Route, NoneBetweenTwoWindowsIsNoise) {
     watch();
     showMarker();
-    int told = 0;
-    QObject::connect(&*watcher, &WindowWatcher::activeWindowChanged, &*watcher, [&] { ++told; });
-    setActive(client.create("b", "B"));
-    watcher->update();
-    EXPECT_EQ(activeClass(), u"B"_s);
-    setActive(client.create("c", "C"));
-    ASSERT_TRUE(becomesActive("C"));
-    EXPECT_EQ(told, 2);
-}
-
-TEST_F(X11WindowWatcherTest, NoneBetweenTwoWindowsIsNoise) {
-    watch();
-    showMarker();
-    std::vector<QString> seen;
-    QObject::connect(&*watcher, &WindowWatcher::activeWindowChanged, &*watcher,
-                     [&] { seen.push_back(activeClass()); });
+    QStringList seen;
+    QObject::connect(watcher.get(), &WindowWatcher::activeWindowChanged, [&] { seen += active(); });
     setActive(XCB_WINDOW_NONE);
     ASSERT_TRUE(noneIsPending());
     loop.advance(0.09);
     setActive(client.create("b", "B"));
-    ASSERT_TRUE(becomesActive("B"));
+    ASSERT_TRUE(eventually([&] { return active() == u"B"_s; }));
     EXPECT_EQ(loop.armedCount(), 0U);
     setActive(XCB_WINDOW_NONE);
     EXPECT_TRUE(becomesNone());
-    EXPECT_THAT(seen, testing::ElementsAre(u"B"_s, u"none"_s));
+    EXPECT_EQ(seen, (QStringList{u"B"_s, u"none"_s}));
+    watcher->disconnect();
 }
 
-TEST_F(X11WindowWatcherTest, WhatIsNoWindowOfAnApplicationIsNone) {
+TEST_F(X11Route, WhatIsNoWindowOfAnApplicationIsNone) {
     watch();
     const auto typed = [&](const char* type) {
         const auto window = client.create("typed", "Typed");
@@ -150,26 +123,26 @@ TEST_F(X11WindowWatcherTest, WhatIsNoWindowOfAnApplicationIsNone) {
     const auto normal = typed("_NET_WM_WINDOW_TYPE_NORMAL");
     setClients({normal});
     setActive(normal);
-    ASSERT_TRUE(becomesActive("Typed"));
+    ASSERT_TRUE(becomes(u"Typed"_s));
     setClients({});
     EXPECT_TRUE(becomesNone());
 }
 
-TEST_F(X11WindowWatcherTest, AClassThatComesLateIsSeenAlsoUnderAReusedId) {
+TEST_F(X11Route, AClassThatComesLateIsSeenAlsoUnderAReusedId) {
     watch();
     const auto id = client.newId();
     for (const char* wmClass : {"First", "Second"}) {
         client.create(id);
         setActive(id);
-        ASSERT_TRUE(becomesActive(""));
+        ASSERT_TRUE(becomes(QString()));
         client.setText(id, "WM_NAME", "STRING", "title");
         client.setClass(id, wmClass, wmClass);
-        ASSERT_TRUE(becomesActive(wmClass));
+        ASSERT_TRUE(becomes(QString::fromLatin1(wmClass)));
         client.destroy(id);
     }
 }
 
-TEST_F(X11WindowWatcherTest, HostileClassesDoNoHarm) {
+TEST_F(X11Route, HostileClassesDoNoHarm) {
     watch();
     const auto window = client.create(client.newId());
     struct Row {
@@ -195,16 +168,16 @@ TEST_F(X11WindowWatcherTest, HostileClassesDoNoHarm) {
         client.set(window, "WM_CLASS", row.type, row.format, row.bytes.data(),
                    row.bytes.size() / (row.format / 8));
         setActive(window);
-        ASSERT_TRUE(becomesActive(row.wmClass));
+        ASSERT_TRUE(becomes(QString::fromLatin1(row.wmClass)));
         EXPECT_EQ(watcher->activeWindow()->wmInstance, row.instance);
     }
 }
 
-TEST_F(X11WindowWatcherTest, AWindowManagerMustBeAliveAndTellTheActiveWindow) {
+TEST_F(X11Route, AWindowManagerMustBeAliveAndTellTheActiveWindow) {
     // What a window manager that was killed may leave behind, and one that is half there.
     for (const xcb_window_t left : {xcb_window_t{0xdeadbeef}, client.root()}) {
         client.set(client.root(), "_NET_SUPPORTING_WM_CHECK", "WINDOW", {left});
-        watcher.emplace(server.display(), loop);
+        make();
         EXPECT_EQ(watcher->state(), State::Waiting);
     }
     loop.advance(9.99);
@@ -224,13 +197,13 @@ TEST_F(X11WindowWatcherTest, AWindowManagerMustBeAliveAndTellTheActiveWindow) {
     ASSERT_TRUE(becomes(State::Watching));
 }
 
-TEST_F(X11WindowWatcherTest, AFloodOfChangesStarvesNobody) {
+TEST_F(X11Route, AFloodOfChangesStarvesNobody) {
     watch();
     const auto a = client.create("a", "A");
     bool served = false;
     int round = 0;
     // Each read of the watcher finds another change that came in meanwhile.
-    QObject::connect(&*watcher, &WindowWatcher::activeWindowChanged, &*watcher, [&] {
+    QObject::connect(watcher.get(), &WindowWatcher::activeWindowChanged, [&] {
         if (!served && ++round < 10'000) {
             client.setClass(a, "a", std::to_string(round));
             setActive(a);

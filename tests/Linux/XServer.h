@@ -1,14 +1,10 @@
 #pragma once
 
-#include "Program.h"
+#include "Testing.h"
 
 #include <xcb/xcb.h>
 
 #include <cstdlib>
-#include <memory>
-#include <string>
-#include <string_view>
-#include <vector>
 
 namespace orvanta {
 
