@@ -86,7 +86,7 @@ std::optional<QString> host(const QString& address) {
     const auto colon = address.indexOf(u':');
     const QString scheme = address.first(std::max<qsizetype>(colon, 0)).toLower();
     if ((scheme != QLatin1StringView("http") && scheme != QLatin1StringView("https")) ||
-        QStringView(address).sliced(colon + 1, 2) != QLatin1StringView("//")) {
+        !QStringView(address).sliced(colon + 1).startsWith(QLatin1StringView("//"))) {
         return std::nullopt;
     }
     QString host = hostOf(QStringView(address).sliced(colon + 3)).toLower();

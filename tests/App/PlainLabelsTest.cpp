@@ -3,8 +3,8 @@
 #include "Fakes/FakeDesktop.h"
 #include "Linux/BrowserBridge/AutomationWindow.h"
 #include "Linux/BrowserBridge/PermissionPrompt.h"
-#include "Shown.h"
 #include "Views/PanelRoot.h"
+#include "Views/WidgetReading.h"
 
 #include <QLabel>
 #include <QMessageBox>
