@@ -8,7 +8,7 @@ import shutil
 import desktop
 import orvanta_end
 
-EXTENSION = pathlib.Path(__file__).resolve().parents[2] / "browser" / "extension"
+EXTENSION = pathlib.Path(os.environ["ORVANTA_PACKAGES"]) / "extension"
 CHROMIUM_ID = "odbokjgdmdbheojmnkbkjhabohflpkpk"
 GECKO_ID = "orvanta@brindlework.com"
 
