@@ -64,7 +64,7 @@ QString runtimeFolder() {
     if (runtime.isEmpty()) {
         return {};
     }
-    const QString folder = runtime + QStringLiteral("/com.brindlework.orvanta");
+    QString folder = runtime + QStringLiteral("/com.brindlework.orvanta");
     if (isPrivateFolder(runtime) && makePrivateFolder(folder) && isPrivateFolder(folder)) {
         return folder;
     }

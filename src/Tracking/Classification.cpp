@@ -63,11 +63,11 @@ QString hostOf(QStringView rest) {
         return isIPv6Address(address) ? address.toString() : QString();
     }
     const auto port = authority.indexOf(u':');
-    const QString name = authority.first(port < 0 ? authority.size() : port).toString();
+    QString name = authority.first(port < 0 ? authority.size() : port).toString();
     if (isName(name)) {
         return name;
     }
-    const QString ascii =
+    QString ascii =
         QString::fromLatin1(QUrl::toAce(QUrl::fromPercentEncoding(name.toUtf8())));
     return isName(ascii) ? ascii : QString();
 }

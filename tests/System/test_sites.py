@@ -142,10 +142,11 @@ class Scenarios:
         self.spend(GAMMA, first, seconds=10, late=8)
 
         # By hand: from outside it would open in the window that was last in front a moment ago.
-        self.desktop.press("ctrl+l")
-        self.desktop.type_line(self.internal_page)
-        desktop.wait_until(lambda: not self.desktop.title(first).startswith("gamma.test"),
-                           "the internal page", PATIENCE)
+        def enter():
+            self.desktop.press("ctrl+l")
+            self.desktop.type_line(self.internal_page)
+
+        self.until_shown(self.internal_title, enter)
         time.sleep(2)
         before = self.store.session_seconds()
         time.sleep(case.SAVE_INTERVAL + 0.5)
@@ -218,7 +219,7 @@ class Chromium(Scenarios, case.SystemTest):
     identifier = "chromium"
     takes_packages = True
     another_profile = "--profile-directory=Another"
-    internal_page = "chrome://version"
+    internal_page, internal_title = "chrome://version", "About Version"
 
 
 class Firefox(Scenarios, case.SystemTest):
@@ -226,4 +227,4 @@ class Firefox(Scenarios, case.SystemTest):
     identifier = "firefox-esr"
     takes_packages = False  # Not without its maker's signature.
     another_profile = None  # Is another process, and so another browser.
-    internal_page = "about:license"
+    internal_page, internal_title = "about:license", "Licenses"
