@@ -67,8 +67,7 @@ QString hostOf(QStringView rest) {
     if (isName(name)) {
         return name;
     }
-    QString ascii =
-        QString::fromLatin1(QUrl::toAce(QUrl::fromPercentEncoding(name.toUtf8())));
+    QString ascii = QString::fromLatin1(QUrl::toAce(QUrl::fromPercentEncoding(name.toUtf8())));
     return isName(ascii) ? ascii : QString();
 }
 
