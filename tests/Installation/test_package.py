@@ -36,7 +36,12 @@ class Package(test_installation.InFolder):
                 self.assertEqual((content / path).read_bytes(), (installed / path).read_bytes(),
                                  path)
         for program in ("orvanta", "orvanta-browser-host"):
-            self.assertTrue(os.access(content / "usr/bin" / program, os.X_OK))
+            program = content / "usr/bin" / program
+            self.assertTrue(os.access(program, os.X_OK))
+            said = run("readelf", "--wide", "--segments", "--dynamic", "--dyn-syms", program)
+            for protection in ("GNU_RELRO", "BIND_NOW", "PIE", "__stack_chk_fail"):
+                self.assertIn(protection, said)
+            self.assertNotIn("Network", said, "nothing of it can reach one")
 
         needed = re.split(", | ", run("dpkg-deb", "-f", package, "Depends"))
         for library in ("libqt6widgets6", "libsqlite3-0", "libqt6gui6"):
