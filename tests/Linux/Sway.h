@@ -48,7 +48,9 @@ public:
 
 private:
     void serve() {
-        while ((client_ = ::accept(listener_.descriptor(), nullptr, nullptr)) >= 0) {
+        int client = -1;
+        while ((client = ::accept(listener_.descriptor(), nullptr, nullptr)) >= 0) {
+            client_ = client;
             struct [[gnu::packed]] {
                 char magic[6];
                 Type length;
@@ -65,7 +67,7 @@ private:
                     send(message(header.type, found->second));
                 }
             }
-            ::close(client_);
+            ::close(client);
         }
     }
 
