@@ -1,21 +1,15 @@
-// The way of bytes from the socket into Orvanta, under libFuzzer: build/fuzz/browser-message-fuzz.
+// The way of bytes from the browser's socket into Orvanta.
 
+#include "Fuzz.h"
 #include "Linux/BrowserBridge/FrameReader.h"
 #include "Linux/BrowserBridge/Message.h"
 
-#include <cstdlib>
 #include <string>
 #include <vector>
 
 using namespace orvanta;
 
 namespace {
-
-void require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
 
 void checkMessage(std::string_view text) {
     const auto parsed = parseMessage(text);
@@ -38,12 +32,12 @@ void checkMessage(std::string_view text) {
 } // namespace
 
 /// The first byte says how the others are handed to the reader; they are also read as one message.
-extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
+int LLVMFuzzerTestOneInput(const char* data, std::size_t size) {
     if (size == 0) {
         return 0;
     }
-    const std::string_view bytes(reinterpret_cast<const char*>(data) + 1, size - 1);
-    const std::size_t step = std::size_t(data[0]) + 1;
+    const std::string_view bytes(data + 1, size - 1);
+    const std::size_t step = static_cast<unsigned char>(data[0]) + std::size_t{1};
     FrameReader whole;
     std::vector<std::string> frames;
     std::string_view rest = bytes;
