@@ -237,17 +237,18 @@ TEST_F(LinuxAutomationTest, ABrowserIsHeardWhileThePersonWantsItAlone) {
     };
     /// What a read of the site in front gives, which nobody has to wait for.
     const auto site = [this] {
-        QString origin = u"(unanswered)"_s;
+        // The answer may come after this has returned.
+        const auto origin = std::make_shared<QString>(u"(unanswered)"_s);
         automation->transport().send(
             {.eventClass = fourCharCode("core"),
              .eventID = fourCharCode("getd"),
              .target = EventDescriptor::processIdentifier(static_cast<int>(process)),
              .parameters = {{AppleEvent::directObject, EventDescriptor::record()}}},
-            0, AppleEventTransport::Duration(2), [&origin](const std::optional<AppleEvent>& reply) {
+            0, AppleEventTransport::Duration(2), [origin](const std::optional<AppleEvent>& reply) {
                 const auto* address = reply ? reply->parameter(AppleEvent::directObject) : nullptr;
-                origin = address ? *address->stringValue() : QString();
+                *origin = address ? *address->stringValue() : QString();
             });
-        return origin;
+        return *origin;
     };
     EXPECT_EQ(told(), u"be silent"_s) << "undecided";
     browser.say("https://example.org", true);

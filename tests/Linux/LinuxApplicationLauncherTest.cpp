@@ -16,7 +16,7 @@ protected:
         return folder.path(u"browser.desktop"_s);
     }
 
-    const TemporaryFolder folder;
+    TemporaryFolder folder;
     DesktopEntries entries{{folder.path()}};
     HandMainLoop loop;
     FakeWorkspace workspace;

@@ -51,20 +51,19 @@ private:
         int client = -1;
         while ((client = ::accept(listener_.descriptor(), nullptr, nullptr)) >= 0) {
             client_ = client;
-            struct [[gnu::packed]] {
-                char magic[6];
-                Type length;
-                Type type;
-            } header{};
-            while (::recv(client_, &header, sizeof header, MSG_WAITALL) == sizeof header) {
-                QByteArray text(header.length, '\0');
-                if (header.length > 0) { // For nothing it would wait.
-                    ::recv(client_, text.data(), header.length, MSG_WAITALL);
+            std::array<char, 6> magic{};
+            std::array<Type, 2> header{}; // length and type
+            while (::recv(client_, magic.data(), magic.size(), MSG_WAITALL) == magic.size() &&
+                   ::recv(client_, header.data(), sizeof header, MSG_WAITALL) == sizeof header) {
+                const auto [length, type] = header;
+                QByteArray text(length, '\0');
+                if (length > 0) { // For nothing it would wait.
+                    ::recv(client_, text.data(), length, MSG_WAITALL);
                 }
                 const std::scoped_lock lock(mutex_);
-                asked_[header.type].push_back(text);
-                if (const auto found = answers_.find(header.type); found != answers_.end()) {
-                    send(message(header.type, found->second));
+                asked_[type].push_back(text);
+                if (const auto found = answers_.find(type); found != answers_.end()) {
+                    send(message(type, found->second));
                 }
             }
             ::close(client);

@@ -37,7 +37,7 @@ protected:
     XServer server;
     XClient client{server};
     Program windowManager{u"env"_s, onThisServer({u"openbox"_s, u"--sm-disable"_s})};
-    const TemporaryFolder folder;
+    TemporaryFolder folder;
     DesktopEntries entries{{folder.path()}};
     HandMainLoop loop;
     std::vector<qint64> started;

@@ -26,10 +26,11 @@ TEST(SymbolsTest, StraightLinesFillWholePixelsAtEveryRatio) {
         for (const auto& [symbol, height] : {std::pair(Symbol::plusSquare, 0.47),
                                              {Symbol::squareGrid3x3, 0.5},
                                              {Symbol::pause, 0.5}}) {
-            const QImage image = painted(ratio, [&](QPainter& painter, const QRectF& area) {
-                painter.translate(0.3, 0.7); // As a widget may lie between two pixels.
-                drawSymbol(painter, symbol, area, 12, Qt::black);
-            });
+            const QImage image =
+                painted(ratio, [&, symbol = symbol](QPainter& painter, const QRectF& area) {
+                    painter.translate(0.3, 0.7); // As a widget may lie between two pixels.
+                    drawSymbol(painter, symbol, area, 12, Qt::black);
+                });
             const QRect line(0, static_cast<int>(image.height() * height), image.width(), 1);
             EXPECT_EQ(count(image, Qt::black, line) + count(image, Qt::white, line), line.width())
                 << static_cast<int>(symbol) << " at " << ratio;

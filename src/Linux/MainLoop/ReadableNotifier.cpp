@@ -62,8 +62,10 @@ private:
         const int count =
             ::epoll_wait(descriptor_, events.data(), static_cast<int>(events.size()), 0);
         for (int index = 0; index < count; ++index) {
+            // A copy: the structure is packed, so that a reference to its member is not aligned.
+            const std::uint64_t id = events.at(static_cast<std::size_t>(index)).data.u64;
             // One may remove or disable another.
-            const auto found = notifiers_.find(events.at(static_cast<std::size_t>(index)).data.u64);
+            const auto found = notifiers_.find(id);
             if (found != notifiers_.end() && found->second->isEnabled()) {
                 Q_EMIT found->second->activated();
             }
