@@ -57,7 +57,8 @@ QStringList execWords(const QString& exec, const ExecFields& fields) {
 }
 
 QString execWord(const QString& word) {
-    constexpr QStringView reserved = u" \t\n\"'\\><~|&;$*?#()`";
+    // Besides those of the format, the white space that a reader of key files cuts off.
+    constexpr QStringView reserved = u" \t\n\r\f\v\"'\\><~|&;$*?#()`";
     constexpr QStringView escaped = u"\"`$\\";
     const bool isQuoted = word.isEmpty() || std::ranges::any_of(word, [&](QChar character) {
                               return reserved.contains(character);
