@@ -19,6 +19,7 @@ int LLVMFuzzerTestOneInput(const char* data, std::size_t size) {
     require(eventually([&] { return bar.isBound(); }));
     std::vector<wl_resource*> windows;
     while (bytes.remaining_bytes() > 0) {
+        QCoreApplication::processEvents(); // What nobody reads fills the socket.
         const auto operation = bytes.ConsumeIntegralInRange(0, 3);
         if (operation == 0 || windows.empty()) {
             windows.push_back(bar.add(bytes.ConsumeRandomLengthString(64).c_str()));
