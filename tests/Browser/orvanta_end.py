@@ -30,7 +30,6 @@ class _Page(http.server.BaseHTTPRequestHandler):
         with contextlib.suppress(ConnectionError):
             self.send_response(200)
             self.send_header("Content-Type", "text/html")
-            self.send_header("Content-Length", str(len(text)))
             self.send_header("Cache-Control", "no-store")
             self.end_headers()
             self.wfile.write(text.encode())

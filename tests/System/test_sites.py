@@ -98,7 +98,7 @@ class Scenarios:
         self.wait_to_count(case.XTERM)
         before, began = self.store.session_seconds(), time.monotonic()
         self.spend(ALPHA, first)
-        self.until_shown("beta.test", lambda: self.desktop.press(self.browser.tab(2)))
+        self.until_shown("beta.test", lambda: self.desktop.press(self.browser.tab.format(2)))
         self.spend(BETA)
         self.until_shown("gamma.test", lambda: self.pages.go(
             "beta.test", self.browser.address("gamma.test")))
@@ -148,7 +148,7 @@ class Scenarios:
         before = passed()
         self.desktop.activate(self.window)
         for tab, host in ((2, "beta.test"), (1, "alpha.test")):
-            self.until_shown(host, lambda tab=tab: self.desktop.press(self.browser.tab(tab)))
+            self.until_shown(host, lambda tab=tab: self.desktop.press(self.browser.tab.format(tab)))
         time.sleep(1)
         self.assertEqual(passed(), before)
 
