@@ -13,7 +13,8 @@ import tempfile
 import time
 import unittest
 
-PATIENCE = 20.0
+from desktop import DEADLINE, wait_until
+
 BROWSER_SAYS = '{"v":1,"origin":"https://é.example.org","focused":true}'
 ORVANTA_ASKS = "x" * 4096  # The longest.
 
@@ -41,8 +42,8 @@ class BrowserHost(unittest.TestCase):
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, bufsize=0))
         self.addCleanup(self.host.kill)
         # Asleep in poll(2): all that it does by itself is done.
-        self.wait_until(lambda: "inotify" in "".join(self.descriptors().values())
-                        and self.is_asleep(), "a sleeping host")
+        wait_until(lambda: "inotify" in "".join(self.descriptors().values()) and self.is_asleep(),
+                   "a sleeping host")
 
     def start_connected(self):
         orvanta = self.listen()
@@ -53,7 +54,7 @@ class BrowserHost(unittest.TestCase):
         """Orvanta's end. The socket gets its name when it can be connected to."""
         self.folder.mkdir(mode=0o700, exist_ok=True)
         orvanta = self.enterContext(socket.socket(socket.AF_UNIX))
-        orvanta.settimeout(PATIENCE)
+        orvanta.settimeout(DEADLINE)
         orvanta.bind(f"{self.path}.new")
         orvanta.listen(4)
         os.rename(f"{self.path}.new", self.path)
@@ -61,22 +62,15 @@ class BrowserHost(unittest.TestCase):
 
     def accept(self, orvanta):
         connection = self.enterContext(orvanta.accept()[0])
-        connection.settimeout(PATIENCE)
+        connection.settimeout(DEADLINE)
         return connection
 
-    def wait_until(self, condition, what):
-        deadline = time.monotonic() + PATIENCE
-        while not condition():
-            self.assertLess(time.monotonic(), deadline, f"{what}: not in time")
-            time.sleep(0.005)
-
     def wait_for_no_connection(self):
-        self.wait_until(lambda: "socket" not in "".join(self.descriptors().values()),
-                        "the end of the connection")
+        wait_until(lambda: "socket" not in "".join(self.descriptors().values()), "no connection")
 
     def wait_until_all_is_taken(self):
-        self.wait_until(lambda: fcntl.ioctl(self.host.stdin, 0x541B, b"\0" * 4) == b"\0" * 4
-                        and self.is_asleep(), "the end of what the browser said")  # FIONREAD
+        wait_until(lambda: fcntl.ioctl(self.host.stdin, 0x541B, b"\0" * 4) == b"\0" * 4
+                   and self.is_asleep(), "the end of what the browser said")  # FIONREAD
 
     def status(self, field):
         lines = pathlib.Path(f"/proc/{self.host.pid}/status").read_text().splitlines()
@@ -86,7 +80,7 @@ class BrowserHost(unittest.TestCase):
         return self.status("State") == "S"
 
     def assert_sleeps_on(self):
-        self.wait_until(self.is_asleep, "sleep")
+        wait_until(self.is_asleep, "sleep")
         before = self.status("voluntary_ctxt_switches")
         time.sleep(0.5)
         self.assertEqual(self.status("voluntary_ctxt_switches"), before)
@@ -105,7 +99,7 @@ class BrowserHost(unittest.TestCase):
     def read(self, descriptor, expected):
         got = b""
         while len(got) < len(expected):
-            self.assertTrue(select.select([descriptor], [], [], PATIENCE)[0], f"only {got!r}")
+            self.assertTrue(select.select([descriptor], [], [], DEADLINE)[0], f"only {got!r}")
             more = os.read(descriptor.fileno(), len(expected) - len(got))
             self.assertTrue(more, f"ended after {got!r}")
             got += more
@@ -119,7 +113,7 @@ class BrowserHost(unittest.TestCase):
         self.read(self.host.stdout, frame(ORVANTA_ASKS))
 
     def assert_ends(self, code, complaint=""):
-        self.assertEqual(self.host.wait(PATIENCE), code)
+        self.assertEqual(self.host.wait(DEADLINE), code)
         self.assertIn(complaint, self.host.stderr.read().decode())
 
     def assert_hung_up(self, connection):
@@ -138,14 +132,10 @@ class BrowserHost(unittest.TestCase):
                 ("folder moved", True, lambda: self.folder.rename(self.runtime / "moved"))):
             with self.subTest(name):
                 self.setUp()
-                if was_there:
-                    for one in self.start_connected():
-                        one.close()
-                    act()
-                    self.wait_for_no_connection()
-                else:
-                    act()
-                    self.start()
+                for one in self.start_connected() if was_there else ():
+                    one.close()
+                act()
+                self.wait_for_no_connection() if was_there else self.start()
                 self.say('"early"')
                 self.wait_until_all_is_taken()
                 self.assert_passes(self.accept(self.listen()))
@@ -243,6 +233,6 @@ class BrowserHost(unittest.TestCase):
         for folder in ("", "relative", "/nonexistent"):
             result = subprocess.run(
                 [os.environ["ORVANTA_BROWSER_HOST"]], env={"XDG_RUNTIME_DIR": folder},
-                stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=PATIENCE)
+                stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=DEADLINE)
             self.assertEqual((result.returncode, result.stdout), (1, ""), folder)
             self.assertIn("XDG_RUNTIME_DIR", result.stderr)
