@@ -39,8 +39,8 @@ class _Page(http.server.BaseHTTPRequestHandler):
 
 
 class Sites:
-    """A web server on this machine that answers for every host. Its pages do what they are told, which
-    is surer than a keyboard while a browser is still starting."""
+    """A web server on this machine that answers for every host. Its pages do what they are told,
+    which is surer than a keyboard while a browser is still starting."""
 
     def __init__(self):
         self._server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), _Page)

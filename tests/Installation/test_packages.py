@@ -1,4 +1,4 @@
-"""script/packages against the names that releases have, and script/bootstrap where one is missing."""
+"""script/packages against the names that releases have, and script/bootstrap without one."""
 
 import os
 import pathlib

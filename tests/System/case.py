@@ -87,8 +87,8 @@ class SystemTest(unittest.TestCase):
         self.desktop.press("space")
 
     def start(self):
-        """Returns the moment at which it was there, a little before it counts: how long starting takes
-        is the machine's affair."""
+        """Returns the moment at which it was there, a little before it counts: how long starting
+        takes is the machine's affair."""
         self.orvanta.start()
         self.desktop.run("gdbus", "wait", "--session", "--timeout", "20", desktop.DOMAIN)
         return time.monotonic()

@@ -1,4 +1,4 @@
-"""What the tests of the popover have in common: the panels that show its item, and a screen reader."""
+"""What the tests of the popover have in common: a panel that shows its item, a screen reader."""
 
 import contextlib
 import datetime
@@ -56,8 +56,8 @@ class PanelTest(case.SystemTest):
         self.environment["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
 
     def prepare_store(self, activities, days=()):
-        """Activities as (key, name, category, seconds), used an hour ago; days as (how many days ago,
-        key, seconds). The application makes the store itself, at a first start."""
+        """Activities as (key, name, category, seconds), used an hour ago; days as (how many days
+        ago, key, seconds). The application makes the store itself, at a first start."""
         self.prefer(setupDoneV1=True, historySeededV1=True)
         self.start()
         desktop.wait_until(lambda: "finderIgnoredV1" in self.preferences(), "the first start")

@@ -1,4 +1,4 @@
-"""How Orvanta starts and ends: once and again, and when the desktop ends around it or is not there."""
+"""How Orvanta starts and ends: once and again, and when the desktop ends or is not there."""
 
 import signal
 import time

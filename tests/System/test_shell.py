@@ -3,7 +3,6 @@
 import subprocess
 import time
 
-import case
 import desktop
 import panel_case
 import panels
@@ -19,7 +18,7 @@ class Shell(panel_case.PanelTest):
         self.prefer(setupDoneV1=True)
 
     def click_item(self, position):
-        """And waits until it was told: what is told late is another click than the one that closed."""
+        """And waits until it was told: told late, it is another click than the one that closed."""
         self.click(position)
         if panels.has_owner(self.desktop, WATCHER[0]):
             self.desktop.read(*WATCHER)

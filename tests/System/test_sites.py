@@ -17,8 +17,8 @@ PATIENCE = orvanta_end.PATIENCE
 
 
 class Scenarios:
-    """The same for every browser; `browser_class` and `identifier` say which. One that takes packages
-    gets the extension from Orvanta, into another it is loaded as a person would by hand."""
+    """The same for every browser; `browser_class` and `identifier` say which. One that takes
+    packages gets the extension from Orvanta, another has it loaded as a person would by hand."""
 
     def setUp(self):
         super().setUp()
@@ -75,8 +75,8 @@ class Scenarios:
         self.visits[key] += 1
 
     def until_shown(self, title, act):
-        """Acts until the tab or the page is there: a browser that has just come to the front may not
-        listen, and a page that was left by a restart may take the order."""
+        """Acts until the tab or the page is there: a browser that has just come to the front may
+        not listen, and a page that was left by a restart may take the order."""
         def is_shown():
             act()
             with contextlib.suppress(desktop.DesktopError):
@@ -105,8 +105,8 @@ class Scenarios:
         self.spend(GAMMA)
         self.spend(case.XTERM, terminal)
 
-        # Windows, another profile, and one of which nothing is told. A window that had no site when it
-        # came to the front is asked again after two, four, eight seconds.
+        # Windows, another profile, and one of which nothing is told. A window that had no site when
+        # it came to the front is asked again after two, four, eight seconds.
         second = self.open_another("--new-window", "beta.test")
         self.wait_to_count(BETA)
         self.spend(BETA)
@@ -135,7 +135,8 @@ class Scenarios:
         self.assertEqual(set(gained), set(self.due))
         for key, due in self.due.items():
             self.assertGreaterEqual(gained[key], due - case.TOLERANCE * self.visits[key], key)
-        self.assertLessEqual(sum(gained.values()), time.monotonic() - began - 2 * case.SAVE_INTERVAL)
+        passed = time.monotonic() - began
+        self.assertLessEqual(sum(gained.values()), passed - 2 * case.SAVE_INTERVAL)
 
     def assert_silent(self):
         """Whatever tab is in front, not a byte passes through the host."""
