@@ -28,6 +28,9 @@ class Browser:
             "name": desktop.DOMAIN, "description": "Orvanta", "type": "stdio",
             "path": os.environ["ORVANTA_BROWSER_HOST"], **allowed}))
 
+    def address(self, host):
+        return f"http://{host}:{self.sites.port}/page.html?secret=1#secret"
+
     def open(self, *arguments):
         """Starts the browser, or hands over to the one that runs."""
         process = self.place.spawn([*self.command, *arguments])
@@ -50,25 +53,18 @@ class Browser:
 
 class Chromium(Browser):
     private_window = "--incognito"
+    tab = "ctrl+{}"
 
     def __init__(self, place, sites):
         super().__init__(place, sites, place.folder / "config" / "chromium")
         self.command = [
             "chromium", "--no-sandbox", "--no-first-run", "--disable-gpu", "--password-store=basic",
             "--disable-background-networking", "--disable-component-update", "--disable-sync",
-            f"--host-resolver-rules=MAP *.test 127.0.0.1:{sites.port}"]
+            "--host-resolver-rules=MAP *.test 127.0.0.1"]
 
     def load_extension(self):
         self._let_in("NativeMessagingHosts", allowed_origins=[f"chrome-extension://{CHROMIUM_ID}/"])
         self.command.append(f"--load-extension={EXTENSION}")
-
-    @staticmethod
-    def address(host):
-        return f"http://{host}/page.html?secret=1#secret"
-
-    @staticmethod
-    def tab(number):
-        return f"ctrl+{number}"
 
 
 # Neither a first run nor the network gets between a test and its pages.
@@ -77,13 +73,8 @@ _FIREFOX_PREFERENCES = {
     "extensions.autoDisableScopes": 0,
     "extensions.startupScanScopes": 15,
     "network.dns.forceResolve": "127.0.0.1",
-    "network.captive-portal-service.enabled": False,
-    "network.connectivity-service.enabled": False,
     "termsofuse.bypassNotification": True,
     "browser.aboutwelcome.enabled": False,
-    "browser.shell.checkDefaultBrowser": False,
-    "browser.tabs.warnOnClose": False,
-    "browser.warnOnQuit": False,
     "datareporting.policy.dataSubmissionEnabled": False,
     "dom.security.https_first": False,
 }
@@ -91,6 +82,7 @@ _FIREFOX_PREFERENCES = {
 
 class Firefox(Browser):
     private_window = "--private-window"
+    tab = "alt+{}"
 
     def __init__(self, place, sites):
         super().__init__(place, sites, place.folder / "home" / ".mozilla")
@@ -106,10 +98,3 @@ class Firefox(Browser):
         (self.profile / "extensions").mkdir()
         shutil.copy(pathlib.Path(os.environ["ORVANTA_PACKAGES"]) / "orvanta.xpi",
                     self.profile / "extensions" / f"{GECKO_ID}.xpi")
-
-    def address(self, host):
-        return f"http://{host}:{self.sites.port}/page.html?secret=1#secret"
-
-    @staticmethod
-    def tab(number):
-        return f"alt+{number}"

@@ -30,7 +30,6 @@ class _Page(http.server.BaseHTTPRequestHandler):
         with contextlib.suppress(ConnectionError):
             self.send_response(200)
             self.send_header("Content-Type", "text/html")
-            self.send_header("Content-Length", str(len(text)))
             self.send_header("Cache-Control", "no-store")
             self.end_headers()
             self.wfile.write(text.encode())
@@ -40,8 +39,8 @@ class _Page(http.server.BaseHTTPRequestHandler):
 
 
 class Sites:
-    """A web server on this machine that answers for every host. Its pages do what they are told, which
-    is surer than a keyboard while a browser is still starting."""
+    """A web server on this machine that answers for every host. Its pages do what they are told,
+    which is surer than a keyboard while a browser is still starting."""
 
     def __init__(self):
         self._server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), _Page)

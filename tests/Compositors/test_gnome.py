@@ -40,7 +40,7 @@ class Agreement(case.SystemTest):
         installed = place.extensions / gnome.EXTENSION
         script = installed / "extension.js"
         shipped = (gnome.shipped_extension(EXECUTABLE) / "extension.js").read_text()
-        self.finish_setup()
+        self.prefer(setupDoneV1=True)
         terminal = place.launch_terminal()
         self.orvanta.start()
         question = self.wait_for_window_beside(terminal)

@@ -1,7 +1,6 @@
 """The Debian package of the build tree under test: what is in it, and what is left when it goes."""
 
 import os
-import re
 import shutil
 
 import test_installation
@@ -43,10 +42,8 @@ class Package(test_installation.InFolder):
                 self.assertIn(protection, said)
             self.assertNotIn("Network", said, "nothing of it can reach one")
 
-        needed = re.split(", | ", run("dpkg-deb", "-f", package, "Depends"))
-        for library in ("libqt6widgets6", "libsqlite3-0", "libqt6gui6"):
-            self.assertIn(library, needed)
-        self.assertRegex(" ".join(needed), r"\blibplist[\d.-]+\b")
+        for library in ("libqt6widgets6", "libsqlite3-0", r"libplist[\d.-]+"):
+            self.assertRegex(run("dpkg-deb", "-f", package, "Depends"), rf"\b{library}\b")
         run("lintian", "--fail-on", "error,warning", "--suppress-tags", NOT_OURS, package)
 
     def test_it_satisfies_debian_and_an_upgrade_and_a_removal_leave_nothing_behind(self):

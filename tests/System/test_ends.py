@@ -1,4 +1,4 @@
-"""How Orvanta ends, and what it does when the desktop ends around it or is not there."""
+"""How Orvanta starts and ends: once and again, and when the desktop ends or is not there."""
 
 import signal
 import time
@@ -8,59 +8,81 @@ import desktop
 
 
 class Ends(case.SystemTest):
-    def test_being_asked_to_end_books_the_last_stretch(self):
+    def test_many_starts_leave_one_that_books_its_last_stretch(self):
         self.desktop.launch_xterm()
-        counted = 0.0
-        for number in (signal.SIGTERM, signal.SIGINT):
-            began = self.start()
-            self.wait_until_something_is_unsaved()
-            asked, code = self.orvanta.ask_to_end(number)
-            self.assertEqual(code, 0, number.name)
-            counted += asked - began
-            self.assert_seconds({case.XTERM: counted})
+        self.count(case.XTERM, self.start())
+        self.start_again()
+        self.wait_until_something_is_unsaved()
+        self.ask_to_end()
+        self.assert_due()
+
+        others = [desktop.Orvanta(self.desktop, self.orvanta.executable) for _ in range(5)]
+        for each in others:
+            each.start()
+        desktop.wait_until(lambda: sum(each.is_running() for each in others) == 1,
+                           "the end of all but one")
+        # However early they came, the one that was first has answered them.
+        self.assertEqual(sorted(each.process.poll() or 0 for each in others), [0] * 5)
+        self.wait_to_count(case.XTERM)
+
+        # One that hangs keeps its store.
+        hanging = next(each for each in others if each.is_running())
+        hanging.process.send_signal(signal.SIGSTOP)
+        self.orvanta.start()
+        self.assertEqual(self.orvanta.wait(10), 1)
+        self.assertIn("não respondeu", self.orvanta.complaints())
+        hanging.process.kill()
+        self.start()
+        self.wait_to_count(case.XTERM)
 
     def test_nothing_is_counted_without_a_window_manager_or_a_window(self):
         mousepad = self.desktop.launch_mousepad()
         xterm = self.desktop.launch_xterm()
-        began = self.start()
-        desktop.sleep_until(began + 3)
+        self.count(case.XTERM, self.start())
+        time.sleep(3)
         self.desktop.window_manager.kill()
         self.desktop.window_manager.wait()
-        ended = time.monotonic()
-        desktop.sleep_until(ended + 3)
-        self.assertTrue(self.orvanta.is_running(), self.orvanta.complaints())
+        self.count(None)
+        time.sleep(3)
         self.desktop.start_window_manager()
-        resumed = self.desktop.activate(mousepad)
-        desktop.sleep_until(resumed + 3)
-        returned = self.desktop.activate(xterm)
-        desktop.sleep_until(returned + 2)
+        self.count(case.MOUSEPAD, self.desktop.activate(mousepad))
+        time.sleep(3)
+        self.count(case.XTERM, self.desktop.activate(xterm))
+        time.sleep(2)
         self.desktop.close_windows()
-        closed = time.monotonic()
-        desktop.sleep_until(closed + 3)
+        self.count(None)
+        time.sleep(3)
         self.ask_to_end()
-        self.assert_seconds({case.XTERM: ended - began + closed - returned,
-                             case.MOUSEPAD: returned - resumed})
+        self.assert_due()
+
+    def test_the_display_vanishing_ends_it_with_everything_saved(self):
+        self.prefer(setupDoneV1=True)
+        self.desktop.launch_xterm()
+        self.count(case.XTERM, self.start())
+        self.start_again()  # Nothing here shows a status item, so that opens the panel.
+        self.wait_until_something_is_unsaved()
+        self.desktop.run("xdotool", "key", "Menu", "Down")
+        self.desktop.server.terminate()
+        self.desktop.server.wait()
+        self.count(None)
+        self.assertGreaterEqual(self.orvanta.wait(5), 0, "ended by a signal")
+        self.assert_due()
 
     def test_without_a_display_or_a_store_it_says_so_and_fails(self):
-        environment = dict(self.desktop.environment)
-        del environment["DISPLAY"]
-        self.orvanta.start(environment)
+        display = self.desktop.environment.pop("DISPLAY")
+        self.orvanta.start()
         self.assertEqual(self.orvanta.wait(), 1)
         self.assertRegex(self.orvanta.complaints(), r"^[^\n]*ambiente gráfico[^\n]*\.$")
 
-        obstacle = self.desktop.folder / "a-file"
-        obstacle.touch()
-        environment = dict(self.desktop.environment, XDG_DATA_HOME=str(obstacle))
+        (self.desktop.folder / "a-file").touch()
+        self.desktop.environment |= {"DISPLAY": display,
+                                     "XDG_DATA_HOME": str(self.desktop.folder / "a-file")}
         for key in ("Return", "Escape"):
-            self.orvanta.start(environment)
-            desktop.wait_until(lambda: self.own_windows() or not self.orvanta.is_running(),
-                               "an alert")
-            self.assertTrue(self.orvanta.is_running(), f"no alert: {self.orvanta.complaints()}")
-            alert = self.own_windows()[0]
+            self.orvanta.start()
+            alert = desktop.wait_until(self.own_windows, "an alert")[0]
             # Its text is painted, so all that can be seen of it from here is that it is an alert.
-            said = self.desktop.run("xprop", "-id", str(alert), "_NET_WM_NAME",
-                                    "_NET_WM_WINDOW_TYPE")
-            self.assertRegex(said, r'(?s)= "orvanta".*_NET_WM_WINDOW_TYPE_DIALOG')
+            self.assertIn("_NET_WM_WINDOW_TYPE_DIALOG", self.desktop.run(
+                "xprop", "-id", str(alert), "_NET_WM_WINDOW_TYPE"))
             self.desktop.activate(alert)
             self.desktop.press(key)
             self.assertEqual(self.orvanta.wait(), 1, key)

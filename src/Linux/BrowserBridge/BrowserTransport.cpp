@@ -100,13 +100,22 @@ void BrowserTransport::attempt(Requests::iterator request) {
                                 const BrowserConnection::State* b) {
         return a->lastFocusedAt < b->lastFocusedAt;
     };
+    // Chromium does not always tell a profile that another one's window took the focus: one that
+    // had it before that one is asked whether it has it again.
+    std::optional<double> lastFocusedAt;
+    for (const BrowserConnection* connection : connections) {
+        if (const auto& state = connection->state()) {
+            lastFocusedAt = std::max(lastFocusedAt, state->lastFocusedAt);
+        }
+    }
     std::vector<const BrowserConnection::State*> states;
-    const BrowserConnection::State* focused = nullptr; // last
+    const BrowserConnection::State* focused = nullptr;
     std::vector<BrowserConnection*> silent;
     for (BrowserConnection* connection : connections) {
-        if (const auto* const state = freshState(*connection)) {
+        const auto* const state = freshState(*connection);
+        if (state && (!state->focused || state->lastFocusedAt == lastFocusedAt)) {
             states.push_back(state);
-            if (state->focused && (focused == nullptr || byLastFocus(focused, state))) {
+            if (state->focused) {
                 focused = state;
             }
         } else {
