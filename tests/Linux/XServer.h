@@ -83,28 +83,6 @@ public:
         setClass(window, instance, wmClass);
         return window;
     }
-    void map(xcb_window_t window) {
-        xcb_map_window(connection_.get(), window);
-        sync();
-    }
-    /// Its properties' changes are counted from now on.
-    void watch(xcb_window_t window) {
-        const uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
-        xcb_change_window_attributes(connection_.get(), window, XCB_CW_EVENT_MASK, &events);
-        sync();
-    }
-    /// How often it has changed since the last look.
-    int changes(std::string_view property) {
-        const xcb_atom_t wanted = atom(property);
-        int count = 0;
-        while (xcb_generic_event_t* event = xcb_poll_for_event(connection_.get())) {
-            const auto* change = reinterpret_cast<const xcb_property_notify_event_t*>(event);
-            count += static_cast<int>(event->response_type == XCB_PROPERTY_NOTIFY &&
-                                      change->atom == wanted);
-            std::free(event);
-        }
-        return count;
-    }
     void destroy(xcb_window_t window) {
         xcb_destroy_window(connection_.get(), window);
         sync();
