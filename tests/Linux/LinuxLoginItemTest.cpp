@@ -39,9 +39,7 @@ TEST_F(LinuxLoginItemTest, ItIsRegisteredAndUnregistered) {
     EXPECT_EQ(item().registerItem(), std::nullopt);
     ::umask(mask);
     EXPECT_EQ(item({u"KDE"_s}).status(), Status::enabled);
-    struct stat status {};
-    ::stat(qPrintable(own), &status);
-    EXPECT_EQ(status.st_mode & 07777, 0644U);
+    EXPECT_EQ(QFile::permissions(own).toInt() & 0x7077, 0x6044);
 
     const auto entry = KeyFile::read(QFile::encodeName(own));
     ASSERT_TRUE(entry);

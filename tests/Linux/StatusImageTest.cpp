@@ -68,17 +68,4 @@ TEST(StatusImageTest, EachShareAndEachSymbolLooksDifferentAndTheArrowPointsUpOrD
               inkOf(down.copy(0, 39, 44, 1)).area.width());
 }
 
-TEST(StatusImageTest, TheWideImageHoldsTheWholeTitle) {
-    const auto wide = [](std::optional<int> production, std::optional<int> consumption) {
-        return wideStatusImage({u'↑', production, consumption, Tone::production}, 42);
-    };
-    for (const QImage& image : {wide({}, {}), wide(100, 0)}) {
-        const QRect ink = inkOf(image).area;
-        EXPECT_TRUE(image.rect().adjusted(1, 1, -1, -1).contains(ink));
-        EXPECT_LE(image.width() - ink.right(), 4) << "nothing empty at the end";
-        EXPECT_GT(image.width(), 42 * 3 / 2);
-    }
-    EXPECT_NE(wide(63, 37), wide(63, 36));
-}
-
 } // namespace

@@ -11,10 +11,8 @@ class X11MouseMonitorTest : public testing::Test {
 protected:
     void click(const char* button) {
         QProcess xdotool;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(u"DISPLAY"_s, QString::fromLatin1(server.display()));
-        xdotool.setProcessEnvironment(environment);
-        xdotool.start(u"xdotool"_s, {u"click"_s, QString::fromLatin1(button)});
+        xdotool.start(u"env"_s, {u"DISPLAY="_s + QString::fromLatin1(server.display()),
+                                 u"xdotool"_s, u"click"_s, QString::fromLatin1(button)});
         ASSERT_TRUE(xdotool.waitForFinished() && xdotool.exitCode() == 0);
     }
 
