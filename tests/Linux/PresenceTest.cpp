@@ -225,6 +225,11 @@ TEST_F(PresenceTest, TheWordOfASaverThatDiedStandsUntilItsSuccessorSpeaks) {
     play(u"100s [unlocked]"_s);
 }
 
+TEST_F(PresenceTest, GnomesLockIsHeardWhetherOrNotItsScreenSaverServiceRuns) {
+    // The service passes on what the shell says.
+    play(u"shield?=0 start shield=1 [locked] gnome?=1 gnome=0 2s [] shield=0 [unlocked]"_s);
+}
+
 TEST_F(PresenceTest, TheHintThatASaverLeftStandsUntilSomebodyIsAtWork) {
     logind.properties[u"LockedHint"_s] = true;
     play(u"gnome?=1 logind=1 start whatever front=1 [] 2s " // Under a lock that lives.
