@@ -68,4 +68,11 @@ TEST(StatusImageTest, EachShareAndEachSymbolLooksDifferentAndTheArrowPointsUpOrD
               inkOf(down.copy(0, 39, 44, 1)).area.width());
 }
 
+TEST(StatusImageTest, TheWideImageHoldsTheWholeTitleAndNothingEmptyAtTheEnd) {
+    const QImage image = wideStatusImage({u'↑', 100, 0, Tone::production}, 42);
+    const QRect ink = inkOf(image).area;
+    EXPECT_TRUE(image.rect().adjusted(1, 1, -1, -1).contains(ink));
+    EXPECT_LE(image.width() - ink.right(), 4);
+}
+
 } // namespace
