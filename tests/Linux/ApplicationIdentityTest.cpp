@@ -80,7 +80,6 @@ TEST_F(ApplicationIdentityTest, EachSourcePrecedesTheNext) {
         EXPECT_EQ(idOf(shown), id);
     }
     EXPECT_FALSE(identity.identify(window("", "Other"))->localizedName);
-    EXPECT_FALSE(identity.identify(window("", "Other"))->installLocation);
 }
 
 TEST_F(ApplicationIdentityTest, OwnWindowsAreOursWhateverTheySay) {

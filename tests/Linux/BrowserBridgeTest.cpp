@@ -2,7 +2,6 @@
 
 #include "BrowserHostEnd.h"
 #include "Linux/BrowserBridge/BrowserTransport.h"
-#include "Linux/BrowserBridge/LinuxAutomationPermission.h"
 #include "Story.h"
 #include "Testing.h"
 
@@ -26,12 +25,14 @@ protected:
                 RunningApplication{identifier, identifier, {}, isOwn ? ::getpid() : process};
             center.post(Notification::DidActivateApplication);
         });
-        on(u"ask"_s, [this](int process) { ask(process); });
+        on(u"ask"_s, [this](int process) {
+            readSite(*transport, process, [this](const QString& site) { noted += site; });
+        });
         on(u"own"_s, [this](int isOpen) { isOwnWindowOpen = isOpen != 0; });
         on(u"questions"_s, [this](int expected) {
             int questions = 0;
             for (const auto& host : hosts) {
-                questions += host->questions();
+                questions += static_cast<int>(host->heard().count("\"ask\""));
             }
             EXPECT_EQ(questions, expected);
         });
@@ -56,30 +57,12 @@ protected:
     }
     void open() {
         bridge = std::make_unique<BrowserBridge>(
-            BrowserBridge::Place{socket, hostExecutable, folder.path(u"proc"_s)},
-            [this] { return loop.now(); }, [](qint64) { return true; });
-        const auto now = [this] {
-            return loop.now();
-        };
-        const auto isOpen = [this] {
-            return isOwnWindowOpen;
-        };
+            BrowserBridge::Place{socket, hostExecutable, folder.path(u"proc"_s)}, now,
+            [](qint64) { return true; });
         transport = std::make_unique<BrowserTransport>(
-            *bridge, BrowserTransport::Surroundings{workspace, center, loop, now, isOpen});
-    }
-    void ask(int process) {
-        const AppleEvent event{
-            .eventClass = fourCharCode("core"),
-            .eventID = fourCharCode("getd"),
-            .target = EventDescriptor::processIdentifier(process),
-            .parameters = {{AppleEvent::directObject, EventDescriptor::record()}}};
-        const auto note = [this](const std::optional<AppleEvent>& reply) {
-            const auto* site = reply ? reply->parameter(AppleEvent::directObject) : nullptr;
-            noted += !reply ? u"failed"_s
-                     : site ? site->stringValue()->section(u'/', -1)
-                            : u"none"_s;
-        };
-        transport->send(event, 0, AppleEventTransport::Duration(2), note);
+            *bridge, BrowserTransport::Surroundings{workspace, center, loop, now, [this] {
+                                                        return isOwnWindowOpen;
+                                                    }});
     }
     void settle() override { orvanta::settle(); }
 
@@ -90,6 +73,9 @@ protected:
     const QString hostExecutable = u"/opt/orvanta/orvanta-browser-host"_s;
     FakeWorkspace workspace;
     NotificationCenter center;
+    const std::function<double()> now = [this] {
+        return loop.now();
+    };
     bool isOwnWindowOpen = false;
     std::unique_ptr<BrowserBridge> bridge;
     std::unique_ptr<BrowserTransport> transport;
@@ -224,64 +210,6 @@ TEST_F(BrowserBridgeTest, BadBytesEndTheirConnectionAndNoOther) {
     }
     settle();
     EXPECT_EQ(bridge->browserProcesses(), std::vector<qint64>{chromium});
-}
-
-TEST_F(BrowserBridgeTest, ADecisionIsKeptAndAllowsOnceTheBrowserHasBeenConnected) {
-    open();
-    std::map<QString, QStringList> lists;
-    QStringList asked;
-    const auto load = [&](const QString& key) {
-        return lists[key];
-    };
-    const auto store = [&](const QString& key, const QStringList& list) {
-        lists[key] = list;
-    };
-    const auto note = [&](const QString& identifier) {
-        asked.append(identifier);
-    };
-    const auto identify = [](qint64 process) {
-        return process == chromium ? u"chromium"_s : u"firefox-esr"_s;
-    };
-    const auto make = [&] {
-        return std::make_unique<LinuxAutomationPermission>(
-            *bridge, LinuxAutomationPermission::Surroundings{load, store, note, identify});
-    };
-    auto permission = make();
-    const auto determine = [&permission](qint64 process, bool askUser) {
-        return permission->determine(EventDescriptor::processIdentifier(static_cast<int>(process)),
-                                     fourCharCode("core"), fourCharCode("getd"), askUser);
-    };
-    EXPECT_EQ(determine(chromium, false), AutomationPermission::undecided);
-    EXPECT_TRUE(asked.isEmpty());
-    EXPECT_EQ(determine(chromium, true), AutomationPermission::undecided);
-    EXPECT_EQ(asked, QStringList{u"chromium"_s});
-
-    permission->agree(u"chromium"_s);
-    EXPECT_EQ(determine(chromium, true), AutomationPermission::undecided);
-    EXPECT_EQ(asked.size(), 2) << "agreed, and not connected yet: something is left to do";
-    permission = make();
-    {
-        const Host host(socket);
-        EXPECT_TRUE(permission->isConnected(u"chromium"_s));
-        EXPECT_EQ(determine(chromium, false), AutomationPermission::permitted);
-    }
-    settle();
-    permission = make();
-    EXPECT_EQ(determine(chromium, false), AutomationPermission::permitted);
-    permission->refuse(u"chromium"_s);
-    EXPECT_EQ(determine(chromium, true), AutomationPermission::refused);
-    EXPECT_EQ(asked.size(), 2);
-
-    become(firefox);
-    const Host host(socket);
-    EXPECT_EQ(determine(firefox, false), AutomationPermission::undecided)
-        << "a connection alone allows nothing";
-    permission->agree(u"firefox-esr"_s);
-    permission->agree(u"chromium"_s);
-    EXPECT_EQ(determine(firefox, false), AutomationPermission::permitted);
-    EXPECT_EQ(lists, (std::map<QString, QStringList>{{u"agreed"_s, {u"chromium"_s}},
-                                                     {u"allowed"_s, {u"firefox-esr"_s}},
-                                                     {u"refused"_s, {}}}));
 }
 
 } // namespace

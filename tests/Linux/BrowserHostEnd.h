@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Linux/BrowserBridge/FrameReader.h"
+#include "Platform/Automation.h"
 #include "Testing.h"
 
 #include <poll.h>
@@ -16,6 +17,20 @@ inline void settle() {
     for (int i = 0; i < steps; ++i) {
         QCoreApplication::processEvents();
     }
+}
+
+/// Tells the host of the site in front of this browser once it is known, "none", or "failed".
+inline void readSite(AppleEventTransport& transport, qint64 process,
+                     const std::function<void(const QString&)>& tell) {
+    transport.send(
+        {.eventClass = fourCharCode("core"),
+         .eventID = fourCharCode("getd"),
+         .target = EventDescriptor::processIdentifier(static_cast<int>(process)),
+         .parameters = {{AppleEvent::directObject, EventDescriptor::record()}}},
+        0, AppleEventTransport::Duration(2), [tell](const std::optional<AppleEvent>& reply) {
+            const auto* site = reply ? reply->parameter(AppleEvent::directObject) : nullptr;
+            tell(!reply ? u"failed"_s : site ? site->stringValue()->section(u'/', -1) : u"none"_s);
+        });
 }
 
 /// The other end of a connection.
@@ -38,14 +53,13 @@ public:
         EXPECT_EQ(::send(socket_, bytes.constData(), size, MSG_NOSIGNAL), bytes.size());
         settle();
     }
-    void say(const QByteArray& json) {
+    void say(const QByteArray& origin, bool focused, int answer = 0) {
+        const QByteArray json =
+            QByteArray("{\"v\":1,\"origin\":") + (origin.isEmpty() ? "null" : '"' + origin + '"') +
+            ",\"focused\":" + (focused ? "true" : "false") +
+            (answer != 0 ? ",\"answer\":" + QByteArray::number(answer) : QByteArray()) + '}';
         const FrameHeader header = frameHeader(static_cast<std::size_t>(json.size()));
         send(QByteArray(header.data(), header.size()) + json);
-    }
-    void say(const QByteArray& origin, bool focused, int answer = 0) {
-        say(QByteArray("{\"v\":1,\"origin\":") + (origin.isEmpty() ? "null" : '"' + origin + '"') +
-            ",\"focused\":" + (focused ? "true" : "false") +
-            (answer != 0 ? ",\"answer\":" + QByteArray::number(answer) : QByteArray()) + '}');
     }
 
     /// All that it was sent since the last look, the frames' headers with it.
@@ -55,8 +69,6 @@ public:
         bytes.truncate(std::max<ssize_t>(::recv(socket_, bytes.data(), 4096, 0), 0));
         return bytes;
     }
-    /// How often it was asked since the last look.
-    int questions() { return static_cast<int>(heard().count("\"ask\"")); }
     bool isClosed() {
         settle();
         pollfd polled{socket_, 0, 0};

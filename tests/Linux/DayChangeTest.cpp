@@ -41,21 +41,6 @@ TEST(NextDayTest, IsTheFirstMomentOfALaterDate) {
     }
 }
 
-TEST(DayChangeTest, MidnightComesByTheKernelsClock) {
-    constexpr qint64 aDay = 86400;
-    const qint64 midnight = QDateTime::currentSecsSinceEpoch() + 2;
-    // A zone in which it is midnight then, east of Greenwich or west.
-    const qint64 east = aDay - midnight % aDay;
-    const QTimeZone zone(static_cast<int>(east > QTimeZone::MaxUtcOffsetSecs ? east - aDay : east));
-    DayChange change{DayChange::Surroundings{[zone] { return zone; }, {}}};
-    bool changed = false;
-    QObject::connect(&change, &DayChange::dayChanged, &change, [&] { changed = true; });
-    change.start();
-    ASSERT_TRUE(eventually([&] { return changed; }));
-    EXPECT_GE(QDateTime::currentSecsSinceEpoch(), midnight);
-    EXPECT_LE(QDateTime::currentSecsSinceEpoch(), midnight + 5);
-}
-
 TEST(DayChangeTest, ANewZoneIsToldBeforeTheDayIsAnother) {
     const TemporaryFolder directory;
     const QString file = directory.path(u"localtime"_s);

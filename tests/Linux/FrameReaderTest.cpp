@@ -3,7 +3,6 @@
 #include "Testing.h"
 
 #include <bit>
-#include <random>
 
 namespace orvanta {
 
@@ -55,24 +54,15 @@ TEST(FrameReader, FindsTheSameFramesHoweverTheBytesAreCut) {
     EXPECT_EQ(read(reader, bytes, everywhere), texts);
 }
 
-TEST(FrameReader, TakesEveryLengthUpToTheLongest) {
-    std::mt19937 random(1);
-    FrameReader reader;
-    for (std::size_t length = 1; length <= longestFrame; ++length) {
-        const std::string text(length, char(length));
-        const std::string bytes = frame(text);
-        ASSERT_EQ(read(reader, bytes, {random() % bytes.size()}), std::vector{text});
-    }
-}
-
 TEST(FrameReader, EndsAtALengthThatNoFrameHas) {
     for (const std::uint32_t length : {0U, 4097U, 0x7b226f72U, 0xffffffffU}) {
         const auto header = std::bit_cast<FrameHeader>(length);
+        const std::string before(longestFrame, 'b');
         const std::string bytes =
-            frame("before") + std::string(header.data(), header.size()) + frame("behind");
+            frame(before) + std::string(header.data(), header.size()) + frame("behind");
         for (std::size_t cut = 0; cut <= bytes.size(); ++cut) {
             FrameReader reader;
-            EXPECT_EQ(read(reader, bytes, {cut}), std::vector<std::string>{"before"});
+            EXPECT_EQ(read(reader, bytes, {cut}), std::vector{before});
             EXPECT_EQ(reader.error(),
                       length == 0 ? FrameReader::Error::Empty : FrameReader::Error::TooLong);
             EXPECT_FALSE(reader.errorText().empty());

@@ -32,17 +32,10 @@ protected:
                               QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
     void browserIn(const QString& path, const QStringList& files,
-                   const QByteArray& milestone = {}) const {
-        for (const QString& file : files) {
-            write(path + u'/' + file, "[Build]\nMilestone=" + milestone + '\n');
+                   const QByteArray& version = "128.4.0") const {
+        for (const QString& file : files + QStringList{u"program"_s}) {
+            write(path + u'/' + file, "[Build]\nMilestone=" + version + '\n');
         }
-        write(path + u"/program"_s);
-    }
-    void gecko(const QString& path, const QByteArray& version = "128.4.0") const {
-        browserIn(path, {u"libxul.so"_s, u"platform.ini"_s}, version);
-    }
-    void chromium(const QString& path, const QString& more = u"resources.pak"_s) const {
-        browserIn(path, {u"icudtl.dat"_s, u"brand_100_percent.pak"_s, more});
     }
     void entry(const QString& id, const QByteArray& lines,
                const QString& place = u"system/applications/"_s) const {
@@ -83,27 +76,19 @@ TEST_F(LinuxBundlesTest, AnEntrySaysWhatItOpens) {
     EXPECT_EQ(bundles.displayName(*location), u"Navegador"_s);
     EXPECT_FALSE(bundles.resource(*location, u"web.desktop"_s));
 
-    entry(u"mail"_s, "MimeType=x-scheme-handler/mailto;application/xhtml+xml;\n");
-    const auto mail = bundles.bundle(*bundles.locationOfApplication(u"mail"_s));
-    EXPECT_EQ(mail->infoDictionary,
-              (QVariantMap{
-                  {u"CFBundleURLTypes"_s,
-                   QVariantList{QVariantMap{{u"CFBundleURLSchemes"_s, QStringList{u"mailto"_s}}}}},
-                  {u"CFBundleDocumentTypes"_s,
-                   QVariantList{
-                       QVariantMap{{u"LSItemContentTypes"_s, QStringList{u"public.html"_s}}}}}}));
-
     QFile::remove(*location);
     EXPECT_FALSE(bundles.bundle(*location));
     EXPECT_FALSE(bundles.bundle(u"/etc/hosts"_s));
 }
 
 TEST_F(LinuxBundlesTest, ABrowserIsKnownByWhatLiesBesideItsProgram) {
-    gecko(u"lib/fox"_s);
-    gecko(u"lib/old"_s, "60.9.1");
-    chromium(u"lib/chrome"_s);
-    chromium(u"lib/electron"_s, u"resources/app.asar"_s);
-    chromium(u"lib/cef"_s, u"libcef.so"_s);
+    const QStringList gecko{u"libxul.so"_s, u"platform.ini"_s};
+    const QStringList chromium{u"icudtl.dat"_s, u"brand_100_percent.pak"_s};
+    browserIn(u"lib/fox"_s, gecko);
+    browserIn(u"lib/old"_s, gecko, "60.9.1");
+    browserIn(u"lib/chrome"_s, chromium);
+    browserIn(u"lib/electron"_s, chromium + QStringList{u"resources/app.asar"_s});
+    browserIn(u"lib/cef"_s, chromium + QStringList{u"libcef.so"_s});
     folder.link(folder.path(u"lib/fox/program"_s), u"bin/fox"_s);
     folder.link(folder.path(u"bin/circle"_s), u"bin/circle"_s);
     write(u"bin/by-name"_s,
@@ -123,8 +108,8 @@ TEST_F(LinuxBundlesTest, ABrowserIsKnownByWhatLiesBesideItsProgram) {
     for (const QString& name : {u"flatpak"_s, u"snap"_s, u"webkit"_s}) {
         write(u"bin/"_s + name);
     }
-    gecko(u"flatpak/app/org.fox/current/active/files/lib/fox"_s);
-    chromium(u"snap/web/current/usr/lib/arch/web"_s);
+    browserIn(u"flatpak/app/org.fox/current/active/files/lib/fox"_s, gecko);
+    browserIn(u"snap/web/current/usr/lib/arch/web"_s, chromium);
     folder.link(folder.path(u"bin/snap"_s), u"snap/bin/web.beta"_s);
 
     const std::pair<const char*, std::vector<const char*>> rows[]{
@@ -234,27 +219,18 @@ TEST_F(LinuxBundlesTest, TheListsOfAssociationsGiveTheOrder) {
     EXPECT_EQ(order(u"https://a.test:80/b"_s), "text mine a");
 }
 
-TEST(InstalledBrowsersTest, ThoseOfThisSystemAreFoundWhateverTheirEntriesAreCalled) {
+TEST(InstalledBrowsersTest, ThoseOfThisSystemAreFound) {
     const auto places = LinuxBundles::Places::ofThisProcess();
-    const TemporaryFolder folder;
-    DesktopEntries entries(QStringList{folder.path()} + places.associations.applications);
+    DesktopEntries entries(places.associations.applications);
     const LinuxBundles bundles(entries, places);
-    for (const auto& [id, expected] :
-         {std::pair(u"chromium"_s, std::optional(BrowserDialect::chromium)),
-          {u"firefox-esr"_s, BrowserDialect::safari},
-          {u"debian-xterm"_s, std::nullopt},
-          {u"org.xfce.mousepad"_s, std::nullopt}}) {
-        const auto entry = entries.withId(id);
-        ASSERT_TRUE(entry) << qPrintable(id);
-        folder.link(entry->path, u"other-%1.desktop"_s.arg(id));
-        EXPECT_EQ(dialect(bundles, id), expected) << qPrintable(id);
-        EXPECT_EQ(dialect(bundles, u"other-"_s + id), expected) << qPrintable(id);
-    }
-    std::vector<std::string> found;
+    EXPECT_EQ(dialect(bundles, u"chromium"_s), BrowserDialect::chromium);
+    EXPECT_EQ(dialect(bundles, u"firefox-esr"_s), BrowserDialect::safari);
+    EXPECT_EQ(dialect(bundles, u"debian-xterm"_s), std::nullopt);
+    QStringList found;
     for (const Browser& each : Browser::installed(bundles)) {
-        found.push_back(each.id.toStdString());
+        found.append(each.id);
     }
-    EXPECT_THAT(found, testing::IsSupersetOf({"chromium", "firefox-esr"}));
+    EXPECT_TRUE(found.contains(u"chromium"_s) && found.contains(u"firefox-esr"_s));
 }
 
 } // namespace

@@ -6,21 +6,6 @@ namespace orvanta {
 
 namespace {
 
-/// A process that does nothing until it is killed.
-class Child {
-public:
-    Child() { EXPECT_TRUE((process_.start(u"sleep"_s, {u"600"_s}), process_.waitForStarted())); }
-    ~Child() { end(); }
-    qint64 process() const { return process_.processId(); }
-    void end() {
-        process_.kill();
-        process_.waitForFinished();
-    }
-
-private:
-    QProcess process_;
-};
-
 TEST(LinuxRunningApplicationsTest, ListsWhatWasSeenOrIsConnectedAndStillRuns) {
     const TemporaryFolder folder;
     FakeWorkspace workspace;
@@ -38,9 +23,9 @@ TEST(LinuxRunningApplicationsTest, ListsWhatWasSeenOrIsConnectedAndStillRuns) {
     using Instances = std::vector<RunningInstance>;
     EXPECT_EQ(running.instances(u"browser"_s), Instances());
 
-    Child first;
-    Child second;
-    Child third;
+    Program first(u"sleep"_s, {u"600"_s});
+    Program second(u"sleep"_s, {u"600"_s});
+    Program third(u"sleep"_s, {u"600"_s});
     comeToTheFront(u"browser"_s, first.process());
     comeToTheFront(u"browser"_s, second.process());
     EXPECT_EQ(running.instances(u"browser"_s),
@@ -57,10 +42,10 @@ TEST(LinuxRunningApplicationsTest, ListsWhatWasSeenOrIsConnectedAndStillRuns) {
     EXPECT_EQ(running.bundleIdentifier(first.process() + 100000), QString());
 
     comeToTheFront(u"browser"_s, second.process());
-    first.end();
+    first.kill();
     EXPECT_EQ(running.instances(u"browser"_s), (Instances{{second.process(), false}}));
     const qint64 gone = second.process();
-    second.end();
+    second.kill();
     EXPECT_EQ(running.instances(u"browser"_s), (Instances{{gone, true}}));
     comeToTheFront(u"terminal"_s, std::nullopt);
     EXPECT_EQ(running.instances(u"browser"_s), Instances());

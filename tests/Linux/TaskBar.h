@@ -13,8 +13,6 @@ inline void destroyResource(wl_client*, wl_resource* resource) {
 /// The list of windows of a compositor of one client.
 class TaskBar {
 public:
-    static constexpr std::optional<qint64> process{}; ///< is not told
-
     explicit TaskBar(Compositor& compositor)
         : compositor_(compositor)
         , global_(wl_global_create(compositor.display(),

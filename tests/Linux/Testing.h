@@ -103,6 +103,7 @@ public:
         process_.kill();
         process_.waitForFinished();
     }
+    qint64 process() const { return process_.processId(); }
     void writeLine(const QByteArray& line) { process_.write(line + '\n'); }
     QByteArray nextLine() {
         EXPECT_TRUE(eventually([this] { return process_.canReadLine(); }));

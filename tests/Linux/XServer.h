@@ -50,20 +50,6 @@ public:
              const std::vector<uint32_t>& values) {
         set(window, property, type, 32, values.data(), values.size());
     }
-    std::vector<uint32_t> words(xcb_window_t window, std::string_view property) {
-        constexpr uint32_t most = 100;
-        const std::unique_ptr<xcb_get_property_reply_t, decltype(&std::free)> reply(
-            xcb_get_property_reply(connection_.get(),
-                                   xcb_get_property(connection_.get(), 0, window, atom(property),
-                                                    XCB_ATOM_ANY, 0, most),
-                                   nullptr),
-            &std::free);
-        if (!reply) {
-            return {};
-        }
-        const auto* first = static_cast<const uint32_t*>(xcb_get_property_value(reply.get()));
-        return {first, first + xcb_get_property_value_length(reply.get()) / 4};
-    }
     void setText(xcb_window_t window, std::string_view property, std::string_view type,
                  std::string_view bytes) {
         set(window, property, type, 8, bytes.data(), bytes.size());
@@ -83,34 +69,8 @@ public:
         setClass(window, instance, wmClass);
         return window;
     }
-    void map(xcb_window_t window) {
-        xcb_map_window(connection_.get(), window);
-        sync();
-    }
-    /// Its properties' changes are counted from now on.
-    void watch(xcb_window_t window) {
-        const uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
-        xcb_change_window_attributes(connection_.get(), window, XCB_CW_EVENT_MASK, &events);
-        sync();
-    }
-    /// How often it has changed since the last look.
-    int changes(std::string_view property) {
-        const xcb_atom_t wanted = atom(property);
-        int count = 0;
-        while (xcb_generic_event_t* event = xcb_poll_for_event(connection_.get())) {
-            const auto* change = reinterpret_cast<const xcb_property_notify_event_t*>(event);
-            count += static_cast<int>(event->response_type == XCB_PROPERTY_NOTIFY &&
-                                      change->atom == wanted);
-            std::free(event);
-        }
-        return count;
-    }
     void destroy(xcb_window_t window) {
         xcb_destroy_window(connection_.get(), window);
-        sync();
-    }
-    void forceScreenSaver(uint8_t mode) {
-        xcb_force_screen_saver(connection_.get(), mode);
         sync();
     }
 
