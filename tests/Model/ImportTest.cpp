@@ -30,10 +30,11 @@ class ImportTest : public StoreFolder {
 protected:
     QByteArray metadata() const { return read("SELECT hex(Z_PLIST) FROM Z_METADATA"); }
 
-    /// Gives the store at this place another list of metadata.
-    static void putMetadata(const QString& at, const QByteArray& list) {
-        Database database(at);
-        Statement(database, "UPDATE Z_METADATA SET Z_PLIST = ?1").bind(1, list).run();
+    static QByteArray giveList(const QByteArray& list) {
+        return "UPDATE Z_METADATA SET Z_PLIST = x'" + list.toHex() + '\'';
+    }
+    static QByteArray giveEntities(const QStringList& entities) {
+        return giveList(CoreDataStore::metadata(entities).toBinary());
     }
 
     const QString oldest = directory.filePath(u"default.store"_s);
@@ -89,11 +90,6 @@ TEST_F(ImportTest, OnlyAStoreOfTheOlderShapeIsTakenAndTheFirstOfTwo) {
             Database(older).execute(sql);
         };
     };
-    const auto withMetadata = [this](const QByteArray& list) {
-        return [this, list] {
-            putMetadata(older, list);
-        };
-    };
     std::unique_ptr<Database> other;
     const auto storage = "Orvanta.Storage"_L1;
     const struct {
@@ -105,11 +101,9 @@ TEST_F(ImportTest, OnlyAStoreOfTheOlderShapeIsTakenAndTheFirstOfTwo) {
     } rows[] = {
         {"two", [] {}, "first"},
         {"the second only", [this] { QFile::remove(older); }, "second"},
-        {"both entities",
-         withMetadata(CoreDataStore::metadata({u"Activity"_s, u"DayActivity"_s}).toBinary()),
-         "second"},
-        {"another entity", withMetadata(CoreDataStore::metadata({u"Note"_s}).toBinary()), "second"},
-        {"no entity", withMetadata(PropertyList().toBinary()), "second"},
+        {"both entities", change(giveEntities({u"Activity"_s, u"DayActivity"_s})), "second"},
+        {"another entity", change(giveEntities({u"Note"_s})), "second"},
+        {"no entity", change(giveEntities({})), "second"},
         {"no metadata", change("DROP TABLE Z_METADATA"), "second"},
         {"null", change("UPDATE Z_METADATA SET Z_PLIST = NULL"), "second"},
         {"neither qualifies",
@@ -119,7 +113,7 @@ TEST_F(ImportTest, OnlyAStoreOfTheOlderShapeIsTakenAndTheFirstOfTwo) {
          },
          ""},
         {"no table", change("DROP TABLE ZACTIVITY"), nullptr, storage, SQLITE_ERROR},
-        {"no list", withMetadata("garbage"), nullptr, "PropertyList"_L1},
+        {"no list", change(giveList("garbage")), nullptr, "PropertyList"_L1},
         {"no database", [this] { putFile(older, QByteArray(5000, 'x')); }, nullptr, storage,
          SQLITE_NOTADB},
         {"locked",
@@ -254,11 +248,7 @@ TEST_F(ImportTest, WhatIsNoneOfOursIsRefusedAndLeftAsItIs) {
         {changed("ALTER TABLE ZDAYACTIVITY ADD ZDEVICE VARCHAR"), "ZDEVICE em ZDAYACTIVITY"},
         {changed("INSERT INTO Z_PRIMARYKEY VALUES (3, 'Goal', 0, 0)"), "Goal"},
         {changed("UPDATE Z_PRIMARYKEY SET Z_ENT = 3 WHERE Z_ENT = 2"), "DayActivity"},
-        {[this] {
-             CoreDataStore::make(path, laterRows, true);
-             putMetadata(path, CoreDataStore::metadata({u"Activity"_s, u"Goal"_s}).toBinary());
-         },
-         "Goal"},
+        {changed(giveEntities({u"Activity"_s, u"Goal"_s})), "Goal"},
     };
     for (const auto& [make, mention, code] : rows) {
         SCOPED_TRACE(mention);

@@ -42,17 +42,11 @@ TEST(CategoryTest, IsParsedFromExactlyItsRawValueAndLabelled) {
 
 TEST(DurationTest, IsCutOffAndNeverNegative) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
-    for (const auto& [seconds, text] : {std::pair(-5.0, "0:00"),
-                                        {0, "0:00"},
-                                        {59.9, "0:59"},
-                                        {60, "1:00"},
-                                        {3599.99, "59:59"},
-                                        {3600, "1:00:00"},
-                                        {90000, "25:00:00"},
-                                        {std::nan(""), "0:00"},
-                                        {infinity, "0:00"},
-                                        {9.3e18, "0:00"},
-                                        {1e9, "277777:46:40"}}) {
+    const std::pair<double, const char*> rows[] = {
+        {-5, "0:00"},       {0, "0:00"},       {59.9, "0:59"},       {60, "1:00"},
+        {3599.99, "59:59"}, {3600, "1:00:00"}, {90000, "25:00:00"},  {std::nan(""), "0:00"},
+        {infinity, "0:00"}, {9.3e18, "0:00"},  {1e9, "277777:46:40"}};
+    for (const auto& [seconds, text] : rows) {
         EXPECT_EQ(duration(seconds), QLatin1StringView(text)) << seconds;
     }
 }
@@ -136,11 +130,10 @@ TEST(ActivityListTest, RecordsAndTheirKeysStayWhereTheyAre) {
     const QString& key = first.key();
     keys.intern(u"site:not.an.activity"_s);
     for (int i = 0; i < 5000; ++i) {
-        list.append(u"app:%1"_s.arg(i), u"?"_s, Category::pending, i);
+        list.append(u"app:%1"_s.arg(i % 4000), u"?"_s, Category::pending, i);
     }
-    list.append(u"app:A"_s, u"the same key again"_s, Category::pending, 2);
     EXPECT_EQ(key, u"app:A"_s);
     EXPECT_EQ(list.find(u"app:A"_s), &first);
-    EXPECT_EQ(list.find(u"app:4999"_s)->seconds(), 4999);
+    EXPECT_EQ(list.find(u"app:999"_s)->seconds(), 999);
     EXPECT_FALSE(list.find(u"app:a"_s) || list.find(u"site:not.an.activity"_s));
 }

@@ -31,31 +31,33 @@ struct TrackerStoreTest : testing::Test {
 } // namespace
 
 TEST_F(TrackerStoreTest, TheFinderIsIgnoredAndTodaysSessionFiledOnce) {
-    const Activity& used = world.add(u"app:used"_s, u"production"_s, 100);
+    const Activity& used = world.add(u"app:used"_s, u"production"_s);
     world.record("2024-03-05", used, 400);
-    world.add(u"app:new"_s, u"production"_s, 100);
-    world.add(u"app:unused"_s, u"production"_s, 0);
+    world.add(u"app:new"_s, u"production"_s);
+    world.add(u"app:unused"_s, u"production"_s);
     const struct {
         const char* session; // Begins.
         bool isFirst;
         double ofUsed, ofNew;
     } rows[] = {
         {"2024-03-04T23:59:59", true, 400, 0}, // Yesterday's says nothing of today.
-        {"2024-03-05T00:00:00", true, 400, 100},
-        {"2024-03-05T00:00:00", false, 400, 100},
+        {"2024-03-05T00:00:00", true, 400, 1},
+        {"2024-03-05T00:00:00", false, 400, 1},
     };
     for (const auto& [session, isFirst, ofUsed, ofNew] : rows) {
         world.defaults->setDate(resetDate, world.dateOf(session));
         world.defaults->setBool(finderIgnored, !isFirst);
         world.defaults->setBool(historySeeded, !isFirst);
         for (const char* key : {"app:used", "app:new"}) {
-            world.activity(key).setSeconds(isFirst ? 100 : 900);
+            world.activity(key).setSeconds(isFirst ? 1 : 900);
         }
         world.context().save();
         world.restart();
         EXPECT_EQ(world.daySeconds("2024-03-05", "app:used"), ofUsed) << session;
         EXPECT_EQ(world.daySeconds("2024-03-05", "app:new"), ofNew) << session;
         EXPECT_FALSE(world.days().contains(u"2024-03-05|app:unused"_s));
+        EXPECT_EQ(world.activity("app:new").lastUsedAt(), world.date()) << "at the first start";
+        EXPECT_FALSE(world.activity("app:unused").lastUsedAt());
         EXPECT_TRUE(isSet(finderIgnored) && isSet(historySeeded));
         EXPECT_EQ(world.activity(finder).name(), u"Finder"_s);
         EXPECT_EQ(world.activity(finder).category() == Category::ignored, isFirst);
