@@ -6,11 +6,10 @@
 
 #include <gtest/gtest.h>
 
-namespace orvanta {
+using namespace orvanta;
+using namespace Qt::StringLiterals;
 
 namespace {
-
-using namespace Qt::StringLiterals;
 
 constexpr auto safariCodes = "<property code=\"cTab\"/><property code=\"pURL\"/>";
 constexpr auto chromiumCodes = "<property code=\"acTa\"/><property code=\"URL \"/>";
@@ -22,41 +21,35 @@ QVariantMap information(const QVariant& schemes, const QVariant& types) {
         {u"CFBundleDocumentTypes"_s, QVariantList{QVariantMap{{u"LSItemContentTypes"_s, types}}}}};
 }
 
+} // namespace
+
 TEST(BrowserDialectTest, WebPagesAreOpenedByWhatSaysSo) {
     const QStringList web{u"http"_s, u"https"_s};
-    const struct {
-        const char* what;
-        QVariantMap info;
-        bool opens;
-    } rows[] = {
-        {"three schemes", information(QStringList{u"HTTP"_s, u"Https"_s, u"FILE"_s}, {}), true},
-        {"two and the type", information(web, QStringList{u"x"_s, u"public.html"_s}), true},
-        {"two only", information(web, {}), false},
-        {"one and the type", information(QStringList{u"https"_s}, QStringList{u"public.html"_s}),
-         false},
-        {"the type in capitals", information(web, QStringList{u"PUBLIC.HTML"_s}), false},
-        {"no list", information(u"http https file"_s, u"public.html"_s), false},
-        {"numbers", information(QVariantList{1, 2}, QVariantList{3}), false},
-        {"no dictionaries", {{u"CFBundleURLTypes"_s, QStringList{u"http"_s}}}, false},
-    };
-    for (const auto& [what, info, opens] : rows) {
+    for (const auto& [what, info, opens] : {
+             std::tuple("three schemes",
+                        information(QStringList{u"HTTP"_s, u"Https"_s, u"FILE"_s}, {}), true),
+             {"two and the type", information(web, QStringList{u"x"_s, u"public.html"_s}), true},
+             {"two only", information(web, {}), false},
+             {"one and the type",
+              information(QStringList{u"https"_s}, QStringList{u"public.html"_s}), false},
+             {"the type in capitals", information(web, QStringList{u"PUBLIC.HTML"_s}), false},
+             {"no list", information(u"http https file"_s, u"public.html"_s), false},
+             {"no dictionaries", {{u"CFBundleURLTypes"_s, QStringList{u"http"_s}}}, false},
+         }) {
         EXPECT_EQ(BrowserDialect::opensWebPages(info), opens) << what;
     }
 }
 
 TEST(BrowserDialectTest, ADefinitionDeclaresBothCodesOfADialect) {
-    const std::pair<QString, std::optional<BrowserDialect>> rows[] = {
-        {QString::fromLatin1(safariCodes), BrowserDialect::safari},
-        {QString::fromLatin1(chromiumCodes), BrowserDialect::chromium},
-        {QString::fromLatin1(chromiumCodes) + QString::fromLatin1(safariCodes),
-         BrowserDialect::safari},
-        {u"code=\"cTab\" code=\"URL \""_s, std::nullopt},
-        {u"code=\"acTa\" code=\"URL\""_s, std::nullopt},
-        {u"cTab pURL acTa URL "_s, std::nullopt},
-        {u"code=\"CTAB\" code=\"PURL\""_s, std::nullopt},
-        {QString(), std::nullopt},
-    };
-    for (const auto& [text, dialect] : rows) {
+    const QString chromium = QString::fromLatin1(chromiumCodes);
+    for (const auto& [text, dialect] : {
+             std::pair<QString, std::optional<BrowserDialect>>(chromium, BrowserDialect::chromium),
+             {chromium + QString::fromLatin1(safariCodes), BrowserDialect::safari},
+             {u"code=\"cTab\" code=\"URL \""_s, std::nullopt},
+             {u"code=\"acTa\" code=\"URL\""_s, std::nullopt},
+             {u"cTab pURL acTa URL "_s, std::nullopt},
+             {u"code=\"CTAB\" code=\"PURL\""_s, std::nullopt},
+         }) {
         EXPECT_EQ(BrowserDialect::ofSdef(text), dialect) << qPrintable(text);
     }
 }
@@ -78,14 +71,10 @@ TEST(BrowserDialectTest, IsFoundOnceAndKept) {
     install(u"kept.latin"_s, QByteArray(safariCodes) + "\xe9");
     install(u"kept.unnamed"_s, safariCodes).bundle.infoDictionary[u"OSAScriptingDefinition"_s] = 7;
     install(u"kept.mail"_s, safariCodes).bundle.infoDictionary.remove(u"CFBundleURLTypes"_s);
-    const int before = bundles.resourcesRead;
-    for (int time = 0; time < 2; ++time) {
-        for (const QString& name :
-             {u"kept.without"_s, u"kept.latin"_s, u"kept.unnamed"_s, u"kept.mail"_s}) {
-            EXPECT_FALSE(of(name)) << qPrintable(name);
-        }
+    for (const char* name : {"without", "without", "latin", "latin", "unnamed", "mail"}) {
+        EXPECT_FALSE(of(u"kept."_s + QLatin1StringView(name))) << name;
     }
-    EXPECT_EQ(bundles.resourcesRead, before + 2);
+    EXPECT_EQ(bundles.resourcesRead, 3) << "each once";
 
     bundles.applications.clear();
     EXPECT_EQ(of(u"kept.late"_s), BrowserDialect::chromium);
@@ -119,7 +108,3 @@ TEST(BrowserTest, ThoseInstalledAreListedTheDefaultFirstThenByName) {
     bundles.defaultHandler = u"/a/gone"_s;
     EXPECT_EQ(names(), rest + QStringList{u"Zeta"_s});
 }
-
-} // namespace
-
-} // namespace orvanta

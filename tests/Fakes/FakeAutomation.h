@@ -29,7 +29,6 @@ public:
     /// Launches that are under way.
     std::vector<std::function<void()>> launches;
     int renewals = 0;
-    std::set<QString> silenced;
     /// How a process answers; without it, none can be asked.
     std::function<void(qint64 process, Completion completion)> answer;
 
@@ -38,9 +37,7 @@ public:
     AutomationPermission& permission() override { return *this; }
     ApplicationLauncher& launcher() override { return *this; }
     void renewPreparations() override { ++renewals; }
-    void setSilenced(std::set<QString> bundleIdentifiers) override {
-        silenced = std::move(bundleIdentifiers);
-    }
+    void setSilenced(std::set<QString> /*bundleIdentifiers*/) override {}
 
     std::vector<RunningInstance> instances(const QString& bundleIdentifier) const override {
         const auto found = running.find(bundleIdentifier);

@@ -17,21 +17,25 @@ class HandMainLoop final : public MainLoop {
 public:
     std::unique_ptr<MainLoopTimer> every(Duration interval, Duration /*tolerance*/,
                                          Action action) override {
-        return arm(interval, true, std::move(action));
+        return std::make_unique<Timer>(timers_, dueAfter(interval), rounded(interval), action);
     }
     std::unique_ptr<MainLoopTimer> once(Duration delay, Action action) override {
-        return arm(delay, false, std::move(action));
+        return std::make_unique<Timer>(timers_, dueAfter(delay), never, action);
     }
 
     /// Lets time pass and fires what becomes due, also what the actions themselves arm within it.
     /// With zero, fires what is due now.
     void advance(double seconds) {
-        const Nanoseconds end = now_ + nanoseconds(Duration(seconds));
-        while (const auto entry = nextDue(end)) {
-            now_ = std::max(now_, entry->due);
-            entry->due += entry->interval;
-            entry->armed = entry->interval > Nanoseconds::zero();
-            const Action action = entry->action; // It may let go of its own timer.
+        const Nanoseconds end = dueAfter(Duration(seconds));
+        for (;;) {
+            const auto next = std::ranges::min_element(*timers_, {}, &Timer::due);
+            if (next == timers_->end() || (*next)->due > end) {
+                break;
+            }
+            Timer& timer = **next;
+            now_ = std::max(now_, timer.due);
+            timer.due = timer.interval == never ? never : timer.due + timer.interval;
+            const Action action = timer.action; // It may let go of its own timer.
             action();
         }
         now_ = end;
@@ -42,57 +46,39 @@ public:
 
     /// Timers that will still fire.
     std::size_t armedCount() const {
-        return static_cast<std::size_t>(
-            std::ranges::count_if(entries_, [](const auto& entry) { return entry->armed; }));
+        return static_cast<std::size_t>(std::ranges::count_if(
+            *timers_, [](const Timer* timer) { return timer->due != never; }));
     }
 
 private:
     /// Whole nanoseconds, so that ten steps of 0.1 s are one second.
     using Nanoseconds = std::chrono::nanoseconds;
+    static constexpr Nanoseconds never = Nanoseconds::max();
 
-    struct Entry {
-        Action action;
-        Nanoseconds due;
-        Nanoseconds interval; ///< zero: fires once
-        bool armed = true;
-    };
-
+    struct Timer;
+    using Timers = std::shared_ptr<std::vector<Timer*>>;
     struct Timer final : public MainLoopTimer {
-        explicit Timer(std::shared_ptr<Entry> made)
-            : entry(std::move(made)) {}
-        ~Timer() override {
-            entry->armed = false;
-            entry->action = nullptr;
+        Timer(Timers all, Nanoseconds first, Nanoseconds each, Action what)
+            : timers(std::move(all))
+            , due(first)
+            , interval(each)
+            , action(std::move(what)) {
+            timers->push_back(this);
         }
-        Timer(const Timer&) = delete;
-        Timer& operator=(const Timer&) = delete;
+        ~Timer() override { std::erase(*timers, this); }
 
-        std::shared_ptr<Entry> entry;
+        Timers timers;
+        Nanoseconds due;
+        Nanoseconds interval;
+        Action action;
     };
 
-    static Nanoseconds nanoseconds(Duration duration) {
+    static Nanoseconds rounded(Duration duration) {
         return std::chrono::round<Nanoseconds>(duration);
     }
+    Nanoseconds dueAfter(Duration delay) const { return now_ + rounded(delay); }
 
-    std::unique_ptr<MainLoopTimer> arm(Duration delay, bool repeats, Action action) {
-        std::erase_if(entries_, [](const auto& entry) { return !entry->armed; });
-        const Nanoseconds interval = nanoseconds(delay);
-        entries_.push_back(std::make_shared<Entry>(
-            Entry{std::move(action), now_ + interval, repeats ? interval : Nanoseconds::zero()}));
-        return std::make_unique<Timer>(entries_.back());
-    }
-
-    std::shared_ptr<Entry> nextDue(Nanoseconds end) const {
-        std::shared_ptr<Entry> next;
-        for (const auto& entry : entries_) {
-            if (entry->armed && entry->due <= end && (!next || entry->due < next->due)) {
-                next = entry;
-            }
-        }
-        return next;
-    }
-
-    std::vector<std::shared_ptr<Entry>> entries_;
+    Timers timers_ = std::make_shared<std::vector<Timer*>>();
     Nanoseconds now_{};
 };
 

@@ -21,7 +21,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <map>
 #include <memory>
 
@@ -51,8 +50,6 @@ public:
     NotificationCenter distributedCenter;
     Calendar calendar;
     double wallShift = 0;
-    /// Added to the platform's clock only, to tell it from the injected date.
-    double systemShift = 0;
 
     std::unique_ptr<UserDefaults> defaults;
     std::unique_ptr<ModelContainer> container;
@@ -68,10 +65,14 @@ public:
                                                   QStringLiteral("com.brindlework.orvanta"));
     }
     Tracker& construct() {
-        const Platform platform{
-            workspace, workspaceCenter, defaultCenter, distributedCenter, loop, [this] {
-                return systemTime();
-            }};
+        const auto systemTime = [this] {
+            // A double of so many nanoseconds would not be exact.
+            using std::chrono::milliseconds;
+            return std::chrono::system_clock::time_point(
+                milliseconds(static_cast<qint64>(date().since1970() * 1000)));
+        };
+        const Platform platform{workspace, workspaceCenter, defaultCenter, distributedCenter,
+                                loop,      systemTime};
         tracker.reset();
         tracker = std::make_unique<Tracker>(
             context(), browsers, *defaults,
@@ -136,10 +137,7 @@ public:
         EXPECT_NE(found, nullptr) << key;
         return *found;
     }
-    double seconds(const char* key) {
-        const Activity* found = find(key);
-        return found != nullptr ? found->seconds() : 0;
-    }
+    double seconds(const char* key) { return activity(key).seconds(); }
     double daySeconds(const char* day, const char* key) {
         const auto id = context().keys().find(QString::fromLatin1(key));
         return id ? context().dayActivities().seconds(*Day::fromText(day), *id).value_or(0) : 0;
@@ -159,36 +157,7 @@ public:
         return result;
     }
 
-    /// What must hold between any two events. While a session is a day, which it is unless somebody
-    /// resets it, its totals are the day's.
-    void checkInvariants() {
-        const Day today = calendar.day(date());
-        for (const auto& [id, seconds] : days()) {
-            EXPECT_GT(seconds, 0) << qPrintable(id);
-        }
-        const bool wholeDay = tracker->resetDate() == calendar.startOfDay(date());
-        for (const Activity& activity : context().activities()) {
-            EXPECT_GE(activity.seconds(), 0) << qPrintable(activity.key());
-            if (wholeDay) {
-                EXPECT_NEAR(activity.seconds(),
-                            context().dayActivities().seconds(today, activity.keyId()).value_or(0),
-                            1e-6)
-                    << qPrintable(activity.key());
-            }
-        }
-    }
-
 private:
-    std::chrono::system_clock::time_point systemTime() const {
-        // Whole seconds and the rest apart, so that nanoseconds are not lost in a large double.
-        const double since1970 = date().since1970() + systemShift;
-        const double whole = std::floor(since1970);
-        const std::chrono::system_clock::time_point second(
-            std::chrono::seconds(static_cast<qint64>(whole)));
-        return second + std::chrono::round<std::chrono::system_clock::duration>(
-                            std::chrono::duration<double>(since1970 - whole));
-    }
-
     QTimeZone zone_;
     Date start_;
     double stalled_ = 0;

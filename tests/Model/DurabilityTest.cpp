@@ -5,11 +5,10 @@
 #include <algorithm>
 #include <random>
 
-namespace orvanta {
+using namespace orvanta;
+using namespace Qt::StringLiterals;
 
 namespace {
-
-using namespace Qt::StringLiterals;
 
 class DurabilityTest : public StoreFolder {
 protected:
@@ -27,6 +26,8 @@ protected:
         }
     }
 };
+
+} // namespace
 
 TEST_F(DurabilityTest, WhereverTheDiskFailsTheNextStartFindsTheOldOrTheNew) {
     const FailingDisk disk;
@@ -130,7 +131,3 @@ TEST_F(DurabilityTest, WhatMayNotBeWrittenIsLeftAsItIs) {
     putFile(folder, {});
     expectError([this] { open(); }, "POSIX"_L1, ENOTDIR);
 }
-
-} // namespace
-
-} // namespace orvanta

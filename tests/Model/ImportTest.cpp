@@ -1,15 +1,13 @@
 #include "Fakes/CoreDataStore.h"
 #include "Model/PropertyList.h"
-#include "Model/StoreMetadata.h"
 #include "StoreFolder.h"
 
 #include <optional>
 
-namespace orvanta {
+using namespace orvanta;
+using namespace Qt::StringLiterals;
 
 namespace {
-
-using namespace Qt::StringLiterals;
 
 constexpr const char* olderRows =
     "INSERT INTO ZACTIVITY VALUES"
@@ -30,22 +28,19 @@ constexpr const char* activities = "SELECT Z_PK, Z_ENT, Z_OPT, typeof(ZLASTUSEDA
 
 class ImportTest : public StoreFolder {
 protected:
-    QByteArray metadata() const {
-        Database database(path);
-        return StoreMetadata::read(database).value();
-    }
+    QByteArray metadata() const { return read("SELECT hex(Z_PLIST) FROM Z_METADATA"); }
 
-    /// Gives the store at this place another list of metadata.
-    static void putMetadata(const QString& at, const QByteArray& list) {
-        Database database(at);
-        Statement(database, "UPDATE Z_METADATA SET Z_PLIST = ?1").bind(1, list).run();
+    static QByteArray giveList(const QByteArray& list) {
+        return "UPDATE Z_METADATA SET Z_PLIST = x'" + list.toHex() + '\'';
     }
-    static QByteArray metadataFor(const QStringList& entities) {
-        return CoreDataStore::metadata(entities).toBinary();
+    static QByteArray giveEntities(const QStringList& entities) {
+        return giveList(CoreDataStore::metadata(entities).toBinary());
     }
 
     const QString oldest = directory.filePath(u"default.store"_s);
 };
+
+} // namespace
 
 TEST_F(ImportTest, BringsEveryRecordOfAnOlderStoreUpToToday) {
     CoreDataStore::make(older, olderRows);
@@ -65,9 +60,8 @@ TEST_F(ImportTest, BringsEveryRecordOfAnOlderStoreUpToToday) {
         context.dayActivities().setSeconds(day, second.keyId(), 4);
         context.save();
     }
-    EXPECT_EQ(read("SELECT Z_PK, Z_OPT, ZPREVIOUSCATEGORYVALUE FROM ZACTIVITY WHERE Z_PK IN (1, "
-                   "10)"),
-              "1|8|pending\n10|1|NULL");
+    EXPECT_EQ(read("SELECT Z_PK, Z_OPT, ZPREVIOUSCATEGORYVALUE FROM ZACTIVITY WHERE Z_PK <> 2"),
+              "1|8|pending\n4|2|NULL\n9|NULL|NULL\n10|1|NULL");
     EXPECT_EQ(read("SELECT * FROM ZDAYACTIVITY"),
               "1|2|1|4.0|2024-03-05|2024-03-05|site:xn--ao-siap.example|site:xn--ao-siap.example");
     EXPECT_EQ(read("SELECT * FROM Z_PRIMARYKEY"),
@@ -76,11 +70,10 @@ TEST_F(ImportTest, BringsEveryRecordOfAnOlderStoreUpToToday) {
     EXPECT_EQ(read("SELECT * FROM ACHANGE"), "3|9");
     EXPECT_EQ(read("SELECT hex(Z_CONTENT) FROM Z_MODELCACHE"), "62766E");
     EXPECT_EQ(read("SELECT Z_VERSION, Z_UUID FROM Z_METADATA"), "1|E3A8C1F0");
-    EXPECT_EQ(read("PRAGMA page_size") + read("PRAGMA auto_vacuum") + read("PRAGMA journal_mode"),
-              "5122wal");
+    EXPECT_EQ(read("PRAGMA page_size") + read("PRAGMA journal_mode"), "512wal");
     EXPECT_EQ(read("PRAGMA integrity_check"), "ok");
 
-    const PropertyList list = PropertyList::parse(metadata()).value();
+    const PropertyList list = PropertyList::parse(QByteArray::fromHex(metadata())).value();
     EXPECT_EQ(list.integer(u"NSPersistenceMaximumFrameworkVersion"_s), 1526);
     EXPECT_EQ(list.dictionary(u"NSStoreModelVersionHashes"_s)->keys().size(), 2);
     EXPECT_TRUE(list.text(u"NSStoreModelVersionHashesDigest"_s));
@@ -97,15 +90,6 @@ TEST_F(ImportTest, OnlyAStoreOfTheOlderShapeIsTakenAndTheFirstOfTwo) {
             Database(older).execute(sql);
         };
     };
-    const auto withMetadata = [this](const QByteArray& list) {
-        return [this, list] {
-            putMetadata(older, list);
-        };
-    };
-    const auto withXml = [&](const QByteArray& content) {
-        return withMetadata("<?xml version=\"1.0\"?><plist version=\"1.0\">" + content +
-                            "</plist>");
-    };
     std::unique_ptr<Database> other;
     const auto storage = "Orvanta.Storage"_L1;
     const struct {
@@ -117,12 +101,10 @@ TEST_F(ImportTest, OnlyAStoreOfTheOlderShapeIsTakenAndTheFirstOfTwo) {
     } rows[] = {
         {"two", [] {}, "first"},
         {"the second only", [this] { QFile::remove(older); }, "second"},
-        {"both entities", withMetadata(metadataFor({u"Activity"_s, u"DayActivity"_s})), "second"},
-        {"another entity", withMetadata(metadataFor({u"Note"_s})), "second"},
-        {"no entity", withXml("<dict/>"), "second"},
-        {"an array", withXml("<array/>"), "second"},
+        {"both entities", change(giveEntities({u"Activity"_s, u"DayActivity"_s})), "second"},
+        {"another entity", change(giveEntities({u"Note"_s})), "second"},
+        {"no entity", change(giveEntities({})), "second"},
         {"no metadata", change("DROP TABLE Z_METADATA"), "second"},
-        {"no row", change("DELETE FROM Z_METADATA"), "second"},
         {"null", change("UPDATE Z_METADATA SET Z_PLIST = NULL"), "second"},
         {"neither qualifies",
          [this] {
@@ -131,7 +113,7 @@ TEST_F(ImportTest, OnlyAStoreOfTheOlderShapeIsTakenAndTheFirstOfTwo) {
          },
          ""},
         {"no table", change("DROP TABLE ZACTIVITY"), nullptr, storage, SQLITE_ERROR},
-        {"no list", withMetadata("garbage"), nullptr, "PropertyList"_L1},
+        {"no list", change(giveList("garbage")), nullptr, "PropertyList"_L1},
         {"no database", [this] { putFile(older, QByteArray(5000, 'x')); }, nullptr, storage,
          SQLITE_NOTADB},
         {"locked",
@@ -266,11 +248,7 @@ TEST_F(ImportTest, WhatIsNoneOfOursIsRefusedAndLeftAsItIs) {
         {changed("ALTER TABLE ZDAYACTIVITY ADD ZDEVICE VARCHAR"), "ZDEVICE em ZDAYACTIVITY"},
         {changed("INSERT INTO Z_PRIMARYKEY VALUES (3, 'Goal', 0, 0)"), "Goal"},
         {changed("UPDATE Z_PRIMARYKEY SET Z_ENT = 3 WHERE Z_ENT = 2"), "DayActivity"},
-        {[this] {
-             CoreDataStore::make(path, laterRows, true);
-             putMetadata(path, metadataFor({u"Activity"_s, u"Goal"_s}));
-         },
-         "Goal"},
+        {changed(giveEntities({u"Activity"_s, u"Goal"_s})), "Goal"},
     };
     for (const auto& [make, mention, code] : rows) {
         SCOPED_TRACE(mention);
@@ -281,7 +259,3 @@ TEST_F(ImportTest, WhatIsNoneOfOursIsRefusedAndLeftAsItIs) {
         EXPECT_EQ(files(), before);
     }
 }
-
-} // namespace
-
-} // namespace orvanta

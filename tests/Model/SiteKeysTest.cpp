@@ -1,8 +1,6 @@
 #include "StoreFolder.h"
 
-namespace orvanta {
-
-namespace {
+using namespace orvanta;
 
 using SiteKeysTest = StoreFolder;
 
@@ -41,7 +39,3 @@ TEST_F(SiteKeysTest, HostsThatWereNotAsciiAreOneWithThoseThatAreOnceAStore) {
     EXPECT_EQ(read("SELECT ZKEY FROM ZACTIVITY WHERE Z_PK = 3"), "site:é.example")
         << "it is not looked at again";
 }
-
-} // namespace
-
-} // namespace orvanta

@@ -7,34 +7,24 @@
 
 #include <gtest/gtest.h>
 
-namespace orvanta {
-
-namespace {
-
+using namespace orvanta;
 using namespace Qt::StringLiterals;
 
 TEST(CleanText, ANameIsOneLineInItsOwnDirection) {
-    const struct {
-        QString name;
-        QString shown;
-    } rows[] = {
-        {u"Firefox"_s, u"Firefox"_s},
-        {u"  two  spaces "_s, u"  two  spaces "_s},
-        {u"a\nb\r\n\tc\u0007\u2028d\u2029"_s, u"a b c d"_s},
-        {u"gnp.\u202Eexe\u202C \u2066x\u2069"_s, u"gnp.exe x"_s},
-        {u"שלום עולם"_s, u"שלום עולם"_s},
-        {u"\u202E"_s, QString()},
-        {QString(200, u'a'), QString(200, u'a')},
-        {QString(201, u'a'), QString(199, u'a') + u'…'},
-        {QString(198, u'a') + u"\U0001F600b"_s, QString(198, u'a') + u'…'},
-    };
-    for (const auto& [name, shown] : rows) {
+    for (const auto& [name, shown] : {
+             std::pair(u"  two  spaces "_s, u"  two  spaces "_s),
+             {u"a\nb\r\n\tc\u0007\u2028d\u2029"_s, u"a b c d"_s},
+             {u"gnp.\u202Eexe\u202C \u2066x\u2069"_s, u"gnp.exe x"_s},
+             {u"\u202E"_s, QString()},
+             {QString(200, u'a'), QString(200, u'a')},
+             {QString(201, u'a'), QString(199, u'a') + u'…'},
+             {QString(198, u'a') + u"\U0001F600b"_s, QString(198, u'a') + u'…'},
+         }) {
         EXPECT_EQ(cleanName(name), shown);
     }
 }
 
 TEST(CleanText, IdentifiersStayDifferentHoweverLongOrDirty) {
-    EXPECT_EQ(boundedIdentifier(u"org.example.A"_s), u"org.example.A"_s);
     EXPECT_EQ(boundedIdentifier(QString(255, u'a')), QString(255, u'a'));
     const QString head(300, u'a');
     const QStringList hostile{
@@ -51,7 +41,3 @@ TEST(CleanText, IdentifiersStayDifferentHoweverLongOrDirty) {
     }
     EXPECT_EQ(seen.size(), hostile.size());
 }
-
-} // namespace
-
-} // namespace orvanta

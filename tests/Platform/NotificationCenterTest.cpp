@@ -9,24 +9,27 @@ using namespace orvanta;
 TEST(NotificationCenterTest, HandlersMayAddAndRemoveObserversWhileOneIsPosted) {
     NotificationCenter center;
     std::string log;
+    const auto logAs = [&log](char name) {
+        return [&log, name] {
+            log += name;
+        };
+    };
+    NotificationCenter::Token first{};
     NotificationCenter::Token second{};
-    center.addObserver(Notification::WillSleep, [&] {
+    first = center.addObserver(Notification::WillSleep, [&] {
         log += 'a';
+        center.removeObserver(first);
         center.removeObserver(second);
-        center.addObserver(Notification::WillSleep, [&] { log += 'n'; });
+        center.addObserver(Notification::WillSleep, logAs('n'));
     });
-    second = center.addObserver(Notification::WillSleep, [&] { log += 'b'; });
-    NotificationCenter::Token third{};
-    third = center.addObserver(Notification::WillSleep, [&] {
-        log += 'c';
-        center.removeObserver(third);
-    });
-    center.addObserver(Notification::DidWake, [&] { log += 'w'; });
-
-    center.post(Notification::WillSleep);
-    EXPECT_EQ(log, "ac"); // "b" was removed before its turn, "n" came too late.
-    center.post(Notification::WillSleep);
-    EXPECT_EQ(log, "acan");
-    center.post(Notification::DidWake);
-    EXPECT_EQ(log, "acanw");
+    second = center.addObserver(Notification::WillSleep, logAs('b'));
+    center.addObserver(Notification::WillSleep, logAs('c'));
+    center.addObserver(Notification::DidWake, logAs('w'));
+    for (const auto posted :
+         {Notification::WillSleep, Notification::WillSleep, Notification::DidWake}) {
+        center.post(posted);
+        log += ' ';
+    }
+    // "b" was removed before its turn, "n" came too late for the first time.
+    EXPECT_EQ(log, "ac cn w ");
 }

@@ -232,7 +232,7 @@ public:
         return inOrder(
             [this](const Record& record) { return isEligible(record) && record.isIgnored(); });
     }
-    std::map<QString, DayTotals> dayTotals() const {
+    std::map<QString, DayTotals> dayTotals() {
         std::map<QString, DayTotals> result;
         for (const auto& [id, seconds] : days) {
             const Record* record = find(id.section(u'|', 1));
@@ -249,12 +249,11 @@ public:
     }
 
 private:
-    const Record* find(const QString& key) const {
+    Record* find(const QString& key) {
         const auto found = std::ranges::find(records, key, &Record::key);
         return found == records.end() ? nullptr : &*found;
     }
-    Record* find(const QString& key) { return const_cast<Record*>(std::as_const(*this).find(key)); }
-    bool isIgnored(const QString& key) const {
+    bool isIgnored(const QString& key) {
         const Record* record = find(key);
         return record && record->isIgnored();
     }
@@ -371,7 +370,9 @@ public:
             const QString category = upTo(3) == 0 ? u"?"_s : rawValue(anyCategory());
             const KeyId id = world_.add(key, category, static_cast<double>(upTo(130)) / 2).keyId();
             for (int i = 1; i < 4; ++i) {
-                world_.context().dayActivities().add(anyDay(), id, i * 7.125);
+                const auto month = static_cast<std::uint8_t>(1 + upTo(2));
+                const auto dayOfMonth = static_cast<std::uint8_t>(1 + upTo(28));
+                world_.context().dayActivities().add({2024, month, dayOfMonth}, id, i * 7.125);
             }
         }
         engine_.days = world_.days();
@@ -394,14 +395,21 @@ public:
         const bool isSelectable =
             category != engine_.records[row].category() && category <= Category::consumption;
         const std::function<void()> events[] = {
-            [&] { engine_.paused || seldom ? togglePause() : tracker.refreshFocus(); },
             [&] {
-                (world_.stall(static_cast<double>(upTo(seldom ? 400000 : 3200)) / 8),
-                 tracker.refreshFocus());
+                const bool toggles = engine_.paused || seldom;
+                engine_.paused = engine_.paused != toggles;
+                toggles ? tracker.togglePause() : tracker.refreshFocus();
+            },
+            [&] {
+                world_.stall(static_cast<double>(upTo(seldom ? 400000 : 3200)) / 8);
+                tracker.refreshFocus();
             },
             [&] { leaveOrReturn(upTo(4), seldom); },
             [&] { leaveOrReturn(upTo(4), false); },
-            [&] { setClock(seldom ? static_cast<int>(upTo(200000)) - 60000 : 0); },
+            [&] {
+                world_.wallShift += seldom ? static_cast<int>(upTo(200000)) - 60000 : 0;
+                world_.defaultCenter.post(Notification::CalendarDayChanged);
+            },
             [&] { world_.travel(seldom ? "Asia/Tokyo" : "Europe/Berlin"); },
             [&] { world_.front(qPrintable(anyPart())); },
             [&] { world_.front("com.brindlework.orvanta"); },
@@ -410,8 +418,17 @@ public:
             [&] { world_.front(often ? "a" : "old"); },
             [&] { world_.front("browser"); },
             [&] { world_.front("browser"); },
-            [&] { setSitesEnabled(often); },
-            [&] { stopForAWhile(); },
+            [&] {
+                engine_.disabled = often ? std::set<QString>() : std::set{u"browser"_s};
+                tracker.setSitesEnabled(u"browser"_s, often);
+            },
+            [&] {
+                tracker.stop();
+                engine_.stop();
+                world_.front("a");
+                world_.pass(3);
+                tracker.start();
+            },
         };
         const std::function<void()> things[] = {
             [&] { (tracker.classify(activity, category), engine_.classify(row, category)); },
@@ -477,13 +494,11 @@ public:
         EXPECT_EQ(rowsOf(tracker.sorted()), engine_.sorted());
         EXPECT_EQ(rowsOf(tracker.classifiableActivities()), eligible);
         EXPECT_EQ(rowsOf(tracker.unmonitored()), engine_.unmonitored());
-        std::map<QString, DayTotals> found;
-        for (const auto& [day, totals] : tracker.dayTotals()) {
-            found[day.text()] = totals;
-        }
         auto expected = engine_.dayTotals();
-        EXPECT_EQ(found, expected);
         EXPECT_EQ(tracker.historyDayCount(), std::ssize(expected));
+        for (const auto& [day, totals] : tracker.dayTotals()) {
+            EXPECT_EQ(totals, expected[day.text()]);
+        }
         for (const auto& week : tracker.historyWeeks(13)) {
             for (const HistoryDay& day : week) {
                 EXPECT_EQ(day.totals, expected[day.id]);
@@ -496,10 +511,6 @@ private:
 
     std::size_t upTo(std::size_t n) { return random_() % n; }
     Category anyCategory() { return allCases[upTo(allCases.size())]; }
-    Day anyDay() {
-        return {2024, static_cast<std::uint8_t>(1 + upTo(2)),
-                static_cast<std::uint8_t>(1 + upTo(28))};
-    }
     /// Often what is timed or was last.
     std::size_t anyRow() {
         const auto last = std::ranges::max_element(engine_.records, {}, &Record::used);
@@ -515,32 +526,11 @@ private:
                 activity.seconds(),       activity.lastUsedAt()};
     }
     static std::vector<std::size_t> rowsOf(const std::vector<const Activity*>& activities) {
-        std::vector<std::size_t> rows;
-        for (const Activity* activity : activities) {
-            rows.push_back(activity->row());
-        }
+        std::vector<std::size_t> rows(activities.size());
+        std::ranges::transform(activities, rows.begin(), &Activity::row);
         return rows;
     }
 
-    void setClock(double by) {
-        world_.wallShift += by;
-        world_.defaultCenter.post(Notification::CalendarDayChanged);
-    }
-    void togglePause() {
-        engine_.paused = !engine_.paused;
-        world_.tracker->togglePause();
-    }
-    void setSitesEnabled(bool enabled) {
-        engine_.disabled = enabled ? std::set<QString>() : std::set{u"browser"_s};
-        world_.tracker->setSitesEnabled(u"browser"_s, enabled);
-    }
-    void stopForAWhile() {
-        world_.tracker->stop();
-        engine_.stop();
-        world_.front("a");
-        world_.pass(3);
-        world_.tracker->start();
-    }
     void pass(int seconds) {
         const double end = world_.loop.now() + seconds;
         while (engine_.now.nextTick && *engine_.now.nextTick <= end) {
