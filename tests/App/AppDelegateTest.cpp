@@ -1,22 +1,14 @@
 #include "AppStage.h"
 
 #include <QFile>
-#include <QPointer>
-
-#include <gmock/gmock.h>
 
 using namespace orvanta;
 using namespace Qt::StringLiterals;
-using testing::ElementsAre;
 
 namespace {
 
 class AppDelegateTest : public testing::Test, protected AppStage {
 protected:
-    ~AppDelegateTest() override {
-        delegate.reset();
-        EXPECT_EQ(popover(), nullptr);
-    }
     bool start(bool isSetUp = true) {
         defaults().setBool(u"setupDoneV1"_s, isSetUp);
         return launch();
@@ -31,19 +23,24 @@ protected:
         for (const QString& act : QString::fromLatin1(acts).split(u"; "_s)) {
             const QString verb = act.section(u' ', 0, 0);
             const QString what = act.section(u' ', 1, 1);
-            verb == u"click"_s   ? click()
+            verb == u"click"_s   ? desktop.item->handlers.activate(desktop.pointer = {1200, 14})
             : verb == u"press"_s ? desktop.press({what.toInt(), act.section(u' ', 2).toInt()})
             : verb == u"key"_s   ? QTest::keyPress(popover(), QKeySequence(what)[0].key())
             : verb == u"front"_s ? toFront(what)
-            : verb == u"focus"_s
-                ? Q_EMIT qGuiApp->focusWindowChanged(what.isEmpty() ? nullptr : &other)
+            : verb == u"focus"_s ? qGuiApp->focusWindowChanged(what.isEmpty() ? nullptr : &other)
             : verb == u"tray"_s  ? void(desktop.item->isShown = what == u"shown"_s)
             : verb == u"again"_s ? void(delegate->applicationShouldHandleReopen())
             : verb == u"menu"_s  ? desktop.item->handlers.menuWillOpen()
                                  : desktop.loop.advance(what.toDouble());
             QCoreApplication::processEvents();
         }
+        delegate->save();
         return popover() != nullptr;
+    }
+    /// Seconds, as another process finds them.
+    qint64 saved(const QByteArray& key) const {
+        Database store(folder.filePath(u"com.brindlework.orvanta/Activities.store"_s));
+        return store.integer("SELECT total(ZSECONDS) FROM ZACTIVITY WHERE ZKEY = '" + key + "'");
     }
     /// What the one message says that is shown; else how many are.
     static QString message() {
@@ -64,24 +61,18 @@ TEST_F(AppDelegateTest, TheLaunchPutsThePartsTogetherInOrder) {
                                      "<key>paused</key><true/></dict></plist>");
     desktop.front("editor");
     ASSERT_TRUE(start());
-    EXPECT_THAT(desktop.log, ElementsAre(u"automation"_s, u"status item"_s, u"presence"_s));
-    EXPECT_EQ(alerts, QStringList());
+    EXPECT_EQ(desktop.log, lines({"automation", "status item", "presence"}));
     EXPECT_EQ(desktop.item->title.text(), u"Ⅱ —/—"_s) << "as the older version left it";
     EXPECT_EQ(popover(), nullptr) << "nothing has to be allowed any more";
-    desktop.loop.advance(10);
+    play("pass 10");
     EXPECT_EQ(desktop.automation->renewals, 1);
     end();
-    EXPECT_EQ(saved("app:editor"), 0);
-
     defaults().setBool(u"paused"_s, false);
     ASSERT_TRUE(launch());
     const auto [titles, toolTips] = std::pair(desktop.item->titles, desktop.item->toolTips);
     desktop.loop.advance(7);
     EXPECT_EQ(desktop.item->titles, titles) << "of the pending nothing is in the title";
     EXPECT_EQ(desktop.item->toolTips, toolTips + 7);
-    end();
-    EXPECT_EQ(saved("app:editor"), 7);
-    launch();
     desktop.loop.advance(3);
     delegate->displayDidVanish();
     EXPECT_EQ(saved("app:editor"), 10);
@@ -91,30 +82,9 @@ TEST_F(AppDelegateTest, AStoreThatCannotBeOpenedIsToldAndNothingElseIsSetUp) {
     write("com.brindlework.orvanta", "");
     EXPECT_FALSE(start());
     EXPECT_TRUE(alerts.value(0).startsWith(u"Não foi possível abrir os dados do orvanta|"_s));
-    EXPECT_GT(alerts.join(u'\n').size(), 45);
     EXPECT_EQ(desktop.log, QStringList());
-    EXPECT_EQ(desktop.loop.armedCount(), 0U);
     delegate->applicationShouldHandleReopen();
     delegate->applicationWillTerminate();
-}
-
-TEST_F(AppDelegateTest, ThePopoverOpensAtTheClickAndGoesWithItsContent) {
-    ASSERT_TRUE(start());
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_FALSE(desktop.pressHandler);
-        ASSERT_TRUE(play("click"));
-        EXPECT_EQ(popover()->geometry(), QRect(QPoint(960, 28), Popover::contentSize));
-        const QPointer<PanelRoot> content = firstShown<PanelRoot>(popover());
-        EXPECT_EQ(popover()->focusWidget(), content) << "no control starts focused";
-        EXPECT_TRUE(desktop.pressHandler);
-        EXPECT_FALSE(play("click"));
-        settle();
-        EXPECT_TRUE(content.isNull());
-    }
-    desktop.untold = [this] {
-        desktop.front("browser");
-    };
-    EXPECT_TRUE(play("click")) << "what came to the front before it opened";
 }
 
 TEST_F(AppDelegateTest, ThePopoverOpensAndClosesByItsRules) {
@@ -152,7 +122,10 @@ TEST_F(AppDelegateTest, ThePopoverOpensAndClosesByItsRules) {
     ASSERT_TRUE(start());
     for (const auto& [acts, isOpen] : popup) {
         EXPECT_EQ(play(acts), isOpen) << acts;
+        EXPECT_EQ(desktop.pressHandler != nullptr, isOpen) << acts;
     }
+    EXPECT_EQ(popover()->geometry(), QRect(QPoint(960, 28), Popover::contentSize));
+    EXPECT_EQ(popover()->focusWidget(), firstShown<PanelRoot>(popover())) << "and no control";
     end();
     desktop.arePopupsPlaced = desktop.tellsPresses = false;
     ASSERT_TRUE(launch());
@@ -164,46 +137,46 @@ TEST_F(AppDelegateTest, ThePopoverOpensAndClosesByItsRules) {
 }
 
 TEST_F(AppDelegateTest, WhatIsBehindThePanelAndWhatABrowserShowsCounts) {
-    install(u"browser"_s);
+    install(u"browser"_s, u"B"_s);
     ASSERT_TRUE(start());
-    play("front editor; pass 10; click; front com.brindlework.orvanta; pass 10; click; pass 10");
-    EXPECT_EQ(saved("app:editor"), 20) << "then Orvanta itself is in front";
+    desktop.untold = [this] {
+        desktop.front("editor");
+    };
+    play("click; front com.brindlework.orvanta; pass 10; click; pass 10");
+    EXPECT_EQ(saved("app:editor"), 10) << "then Orvanta itself is in front";
     desktop.automation->running[u"browser"_s] = {{7, false}};
     desktop.automation->decisions[7] = AutomationPermission::permitted;
     desktop.automation->answer = [](qint64, const auto& completion) {
         completion(showing(u"https://www.Site.org/a"_s));
     };
     play("front browser; pass 1; pass 1; pass 10"); // It is asked once the loop comes to it.
-    delegate->save();
     EXPECT_GE(saved("site:site.org"), 10);
 }
 
 TEST_F(AppDelegateTest, WhatHasToBeAllowedOpensByItselfAndAtEachGrant) {
     defaults().setStringArray(u"disabledBrowsers"_s, {u"off"_s});
-    install(u"off"_s);
+    install(u"off"_s, u"off"_s);
     ASSERT_TRUE(start(false));
     ASSERT_NE(popover(), nullptr);
     EXPECT_EQ(popover()->pos(), QPoint(960, 28)) << "the corner at the panel";
     EXPECT_FALSE(accessibleLines(*popover()).contains(u"Text Sites no off"_s));
-    install(u"new"_s);
+    install(u"new"_s, u"new"_s);
     EXPECT_FALSE(play("press 100 100; pass 30"));
     ASSERT_TRUE(play("click; pass 1"));
     EXPECT_TRUE(accessibleLines(*popover()).contains(u"Text Sites no new"_s));
     play("press 100 100");
     desktop.login.current = LoginItem::Status::enabled;
     EXPECT_TRUE(play("pass 1"));
-    EXPECT_TRUE(defaults().boolValue(u"setupDoneV1"_s));
 }
 
 TEST_F(AppDelegateTest, TheMenuLeadsToTheSettingsWhichAreOneWindowInTheMiddle) {
     ASSERT_TRUE(start());
     play("click");
-    QStringList menu;
+    QString menu;
     for (const StatusMenuItem& each : desktop.item->handlers.menu()) {
-        menu.append(each.text + (each.keyEquivalent ? u" ^"_s + *each.keyEquivalent : QString()));
+        menu += each.text + each.keyEquivalent.value_or(u'|');
     }
-    EXPECT_THAT(menu, ElementsAre(u"Mostrar todos"_s, QString(), u"Ajustes… ^,"_s, QString(),
-                                  u"Sair do orvanta ^q"_s));
+    EXPECT_EQ(menu, u"Mostrar todos||Ajustes…,|Sair do orvantaq"_s);
     for (const bool isChecked : {false, true}) {
         EXPECT_EQ(entry(0).checked, isChecked);
         entry(0).action();
@@ -213,10 +186,7 @@ TEST_F(AppDelegateTest, TheMenuLeadsToTheSettingsWhichAreOneWindowInTheMiddle) {
     QMainWindow* const window = settings();
     ASSERT_NE(window, nullptr);
     EXPECT_EQ(window->windowTitle(), u"Ajustes do orvanta"_s);
-    EXPECT_EQ(window->centralWidget()->size(), QSize(564, 454));
     EXPECT_LE((window->frameGeometry().center() - QPoint(640, 414)).manhattanLength(), 40);
-    EXPECT_TRUE(desktop.log.endsWith(u"activate Ajustes do orvanta"_s));
-
     // Closed and shown again it is the same, where it was.
     window->move(20, 40);
     window->close();
@@ -229,12 +199,10 @@ TEST_F(AppDelegateTest, TheMenuLeadsToTheSettingsWhichAreOneWindowInTheMiddle) {
     play("again");
     EXPECT_FALSE(window->isMinimized());
     EXPECT_EQ(desktop.log.count(u"activate Ajustes do orvanta"_s), 3);
-
     // The desktop does not tell that another window of the same application is in front.
     window->close();
     desktop.workspace.front = RunningApplication{u"editor"_s, {}, {}, {}};
     play("pass 10.2");
-    delegate->save();
     EXPECT_EQ(saved("app:editor"), 10);
     entry(4).action();
     EXPECT_EQ(terminations, 1);

@@ -3,7 +3,7 @@
 #include "App/AppDelegate.h"
 #include "Fakes/FakeDesktop.h"
 #include "Fakes/QtPrinters.h"
-#include "Told.h"
+#include "Model/Sqlite.h"
 #include "Views/GridButton.h"
 #include "Views/PanelRoot.h"
 #include "Views/WidgetReading.h"
@@ -19,7 +19,6 @@ class AppStage {
 public:
     QTemporaryDir folder;
     FakeDesktop desktop;
-    Calendar calendar{QTimeZone("America/Sao_Paulo")};
     QStringList alerts;
     int terminations = 0;
     std::unique_ptr<AppDelegate> delegate;
@@ -32,7 +31,7 @@ public:
             .desktop = desktop,
             .configurationFolder = folder.path(),
             .dataFolder = folder.path(),
-            .calendar = calendar,
+            .calendar = Calendar(QTimeZone("America/Sao_Paulo")),
             .alert = [this](const QString& message,
                             const QString& detail) { alerts += message + u'|' + detail; },
             .terminate =
@@ -49,9 +48,9 @@ public:
         settle();
     }
     /// A browser that can be asked for its sites.
-    void install(const QString& id) {
+    void install(const QString& id, const QString& name) {
         desktop.installed.install(
-            QStringLiteral("/apps/") + id, id,
+            QStringLiteral("/apps/") + id, name,
             R"(<property code="acTa"/><property code="URL "/><property code="cTab"/>)"
             R"(<property code="pURL"/>)");
     }
@@ -60,22 +59,13 @@ public:
         reply.parameters.emplace(AppleEvent::directObject, EventDescriptor::text(address));
         return reply;
     }
-    /// Seconds, as another process finds them.
-    qint64 saved(const QByteArray& key) const {
-        Database store(folder.filePath(QStringLiteral("com.brindlework.orvanta/Activities.store")));
-        return store.integer("SELECT total(ZSECONDS) FROM ZACTIVITY WHERE ZKEY = '" + key + "'");
-    }
-    void click(QPoint place = {1200, 14}) {
-        desktop.pointer = place;
-        desktop.item->handlers.activate(place);
-    }
     void post(Notification notification) {
         desktop.workspaceCenter.post(notification);
         desktop.distributedCenter.post(notification);
     }
     /// Nothing, if the identifier is empty.
-    void toFront(const QString& id) {
-        desktop.workspace.front = RunningApplication{id, {}, {}, {}};
+    void toFront(const QString& id, const QString& name = {}) {
+        desktop.workspace.front = RunningApplication{id, name, {}, {}};
         if (id.isEmpty()) {
             desktop.workspace.front.reset();
         }
@@ -85,14 +75,8 @@ public:
         desktop.watching = watching;
         Q_EMIT desktop.windowWatchingChanged();
     }
-    static Popover* popover() {
-        EXPECT_LE(shown<Popover>().size(), 1U);
-        return firstShown<Popover>();
-    }
-    static QMainWindow* settings() {
-        EXPECT_LE(shown<QMainWindow>().size(), 1U);
-        return firstShown<QMainWindow>();
-    }
+    static Popover* popover() { return firstShown<Popover>(); }
+    static QMainWindow* settings() { return firstShown<QMainWindow>(); }
     StatusMenuItem entry(std::size_t index) const {
         return desktop.item->handlers.menu().at(index);
     }

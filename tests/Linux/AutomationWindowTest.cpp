@@ -40,9 +40,10 @@ protected:
     }
     /// What a read of the site in front gives, where nobody has to be waited for.
     QString site() {
-        QString found = u"unanswered"_s;
-        readSite(automation.transport(), process, [&](const QString& site) { found = site; });
-        return found;
+        // The answer may come after this has returned.
+        const auto found = std::make_shared<QString>(u"unanswered"_s);
+        readSite(automation.transport(), process, [=](const QString& site) { *found = site; });
+        return *found;
     }
     static QString status() { return texts<QLabel>(shown<AutomationWindow>()).last(); }
 

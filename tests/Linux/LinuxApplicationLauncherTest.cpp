@@ -7,7 +7,7 @@ namespace orvanta {
 namespace {
 
 TEST(LinuxApplicationLauncherTest, AProgramIsStartedInItsFolderAndWhatCannotBeIsCompleteAtOnce) {
-    const TemporaryFolder folder;
+    TemporaryFolder folder;
     DesktopEntries entries{{folder.path()}};
     HandMainLoop loop;
     QStringList started;

@@ -22,7 +22,7 @@ protected:
     }
 
     XServer server;
-    const TemporaryFolder folder;
+    TemporaryFolder folder;
     DesktopEntries entries{{folder.path()}};
     HandMainLoop loop;
     std::vector<qint64> started;
