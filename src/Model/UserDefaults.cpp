@@ -37,10 +37,10 @@ std::optional<PropertyList> read(const QString& path) {
         return std::nullopt;
     }
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
+    if (!file.open(QIODevice::ReadOnly) || file.size() > PropertyList::maximumSize) {
         return std::nullopt;
     }
-    const QByteArray bytes = file.read(PropertyList::maximumSize + 1);
+    const QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError) {
         return std::nullopt;
     }

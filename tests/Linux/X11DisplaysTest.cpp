@@ -27,7 +27,7 @@ TEST(X11DisplaysTest, AServerThatDoesNotTellOfDpmsIsAskedEveryHalfMinute) {
                 loop.advance(1.0);
                 EXPECT_EQ(displays.areOff(), off);
             }
-            ASSERT_TRUE(eventually([&] { return displays.areOff() == off; })) << state;
+            ASSERT_TRUE(eventually([&, off = off] { return displays.areOff() == off; })) << state;
             wasOff = off;
         }
     }
