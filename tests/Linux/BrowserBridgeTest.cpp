@@ -171,7 +171,8 @@ TEST_F(BrowserBridgeTest, TheWindowThatHadTheFocusLastAnswersForAllProfiles) {
     // One with the focus is enough.
     play(u"own=0 front=4242 1s front=4242 ask=4242 questions=2 first=https://first.org-1 [] "
          "second=https://late.org+ [late.org]"_s);
-    // It is not always told that another profile's window took it, and so is asked before it counts.
+    // It is not always told that another profile's window took it, and so is asked before it
+    // counts.
     play(u"5s first=https://first.org+ first=https://first.org- ask=4242 questions=1 [] "
          "second=https://late.org-2 0.5s [none]"_s);
 }
