@@ -53,7 +53,7 @@ private:
             client_ = client;
             std::array<char, 6> magic{};
             std::array<Type, 2> header{}; // length and type
-            while (::recv(client_, magic.data(), magic.size(), MSG_WAITALL) == magic.size() &&
+            while (::recv(client_, magic.data(), magic.size(), MSG_WAITALL) == sizeof magic &&
                    ::recv(client_, header.data(), sizeof header, MSG_WAITALL) == sizeof header) {
                 const auto [length, type] = header;
                 QByteArray text(length, '\0');
