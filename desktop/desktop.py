@@ -437,6 +437,7 @@ class Orvanta:
     def __init__(self, desktop, executable):
         self.desktop = desktop
         self.executable = os.path.abspath(executable)
+        self.under = []  # What starts it, with its arguments: a tracer.
         self.process = None
         if not os.access(self.executable, os.X_OK):
             raise DesktopError(f"{self.executable} is not there or cannot be executed")
@@ -449,7 +450,7 @@ class Orvanta:
     def start(self, environment=None):
         """Starts it and returns the moment just before."""
         started = time.monotonic()
-        self.process = self.desktop.spawn([self.executable], environment=environment)
+        self.process = self.desktop.spawn([*self.under, self.executable], environment=environment)
         return started
 
     def is_running(self):

@@ -92,6 +92,10 @@ class Scenarios:
         return window
 
     def test_the_time_goes_to_the_site_in_front(self):
+        # Meanwhile nothing but sockets of this machine is opened.
+        trace = self.desktop.folder / "sockets"
+        self.orvanta.under = ["strace", "--daemonize", "--follow-forks", "--seccomp-bpf",
+                              "--trace=socket,connect", f"--output={trace}"]
         self.start_with_site(is_prepared=True)
         first = self.window
         terminal = self.desktop.launch_xterm()
@@ -136,6 +140,9 @@ class Scenarios:
         for key, due in self.due.items():
             self.assertGreaterEqual(gained[key], due - case.TOLERANCE * self.visits[key], key)
         passed = time.monotonic() - began
+        sockets = [line for line in trace.read_text().splitlines() if "socket(" in line]
+        self.assertTrue(sockets)
+        self.assertEqual([line for line in sockets if "socket(AF_UNIX" not in line], [])
         self.assertLessEqual(sum(gained.values()), passed - 2 * case.SAVE_INTERVAL)
 
     def assert_silent(self):
