@@ -71,7 +71,7 @@ TEST_F(BrowserInstallation, WritesManifestsAndLeavesNoTraceWhenTheyAreRemoved) {
          {std::tuple(chromiumManifest, u"allowed_origins"_s,
                      u"chrome-extension://odbokjgdmdbheojmnkbkjhabohflpkpk/"_s),
           {firefoxManifest, u"allowed_extensions"_s, u"orvanta@brindlework.com"_s}}) {
-        EXPECT_EQ(jsonOf(folder.read(path))[key], QJsonArray{allowed});
+        EXPECT_EQ(jsonOf(folder.read(path))[key].toArray(), QJsonArray{allowed});
         EXPECT_EQ(jsonOf(folder.read(path))[u"path"_s], u"/opt/orvanta-browser-host"_s);
         EXPECT_EQ(QFile::permissions(home(path)).toInt() & 0x7077, 0x6044);
     }
