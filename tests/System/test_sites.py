@@ -2,9 +2,12 @@
 
 import collections
 import contextlib
+import json
 import os
 import pathlib
 import signal
+import subprocess
+import sys
 import time
 
 import browsers
@@ -13,6 +16,7 @@ import desktop
 import orvanta_end
 
 ALPHA, BETA, GAMMA = "site:alpha.test", "site:beta.test", "site:gamma.test"
+BROWSER = pathlib.Path(__file__).parents[2] / "browser"
 PATIENCE = orvanta_end.PATIENCE
 
 
@@ -210,6 +214,24 @@ class Chromium(Scenarios, case.SystemTest):
     takes_packages = True
     another_profile = "--profile-directory=Another"
     internal_page, internal_title = "chrome://version", "About Version"
+
+    def test_a_newer_package_takes_the_place_of_the_one_before(self):
+        profile = self.configuration() / "chromium"
+        entry = profile / "External Extensions" / f"{browsers.CHROMIUM_ID}.json"
+        entry.parent.mkdir()
+        for version in ("0.1.0", "0.1.1"):
+            output = self.desktop.folder / version
+            subprocess.run([sys.executable, "-B", BROWSER / "pack.py",
+                            BROWSER / "development-key.pem", BROWSER / "extension", version, output],
+                           check=True)
+            entry.write_text(json.dumps({"external_crx": str(output / "orvanta.crx"),
+                                         "external_version": version}))
+            installed = profile / "Default" / "Extensions" / browsers.CHROMIUM_ID / f"{version}_0"
+            self.browser.open(self.browser.address("alpha.test"))
+            desktop.wait_until(installed.is_dir, installed.name, PATIENCE)
+            self.browser.process.terminate()
+            self.browser.process.wait(PATIENCE)
+            self.browser.process = None
 
 
 class Firefox(Scenarios, case.SystemTest):
